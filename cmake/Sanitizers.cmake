@@ -1,0 +1,9 @@
+# ZORVCRT_SANITIZE=address,undefined or thread instruments everything in the build, tests included.
+if(ZORVCRT_SANITIZE)
+  set(flags -fsanitize=${ZORVCRT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  if(ZORVCRT_SANITIZE MATCHES undefined)
+    list(APPEND flags -fsanitize=float-cast-overflow,float-divide-by-zero)
+  endif()
+  add_compile_options(${flags})
+  add_link_options(${flags})
+endif()

@@ -1,0 +1,32 @@
+/**
+ * @file zorvcrt.h
+ * The whole of zorvcrt: includes every public header of the library.
+ */
+#ifndef ZORVCRT_ZORVCRT_H
+#define ZORVCRT_ZORVCRT_H
+
+#include "zfxapi.h"
+
+/* foundation */
+#include "CompareString.h"
+#include "GetErrorNumber.h"
+#include "GetErrorText.h"
+#include "NextToken.h"
+#include "TrimString.h"
+#include "crtvers.h"
+#include "format.h"
+#include "zfxmemory.h"
+
+/* os */
+
+/* conv */
+
+/* config */
+
+/* json */
+
+/* log */
+
+/* time */
+
+#endif

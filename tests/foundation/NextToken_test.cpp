@@ -1,0 +1,141 @@
+#include "NextToken.h"
+
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <climits>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Fields = std::vector<std::string>;
+
+Fields fields_of(const std::string &line, char delimiter, int32_t size = 256) {
+  Fields fields;
+  std::vector<char> out(static_cast<std::size_t>(size));
+  int32_t position = 0;
+  while (ZfxNextToken(line.c_str(), delimiter, out.data(), size, &position) == 1) {
+    fields.emplace_back(out.data());
+  }
+  return fields;
+}
+
+// The rule, written down step by step on ordinary strings.
+struct PlainTokenizer {
+  std::string line;
+  char delimiter;
+  std::size_t room;
+  std::size_t position = 0;
+
+  static std::string trim(std::string text) {
+    while (!text.empty() && std::isspace(static_cast<unsigned char>(text.front())))
+      text.erase(0, 1);
+    while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back())))
+      text.pop_back();
+    return text;
+  }
+
+  bool next(std::string &out) {
+    const std::size_t start = position;
+    out.clear();
+    for (;;) {
+      while (position < line.size() && line[position] != delimiter)
+        ++position;
+      if (position == line.size() && position == start) return false;
+      out = trim(line.substr(start, position - start).substr(0, room));
+      if (position == line.size()) return true;
+      ++position;
+      if (!out.empty() || position == line.size()) return true;
+    }
+  }
+};
+
+TEST(ZfxNextToken, CutsAndTrimsOneFieldPerCall) {
+  EXPECT_EQ(fields_of(" k = v ", '='), (Fields{"k", "v"}));
+  EXPECT_EQ(fields_of("a", ','), (Fields{"a"}));
+}
+
+TEST(ZfxNextToken, JoinsAnEmptyFieldWithTheFieldBehindIt) {
+  EXPECT_EQ(fields_of("a,,b", ','), (Fields{"a", ",b"}));
+  EXPECT_EQ(fields_of("a, ,b", ','), (Fields{"a", ",b"}));
+  EXPECT_EQ(fields_of(",,b", ','), (Fields{",", "b"}));
+}
+
+TEST(ZfxNextToken, AddsNoFieldForADelimiterAtTheVeryEnd) {
+  EXPECT_EQ(fields_of("a,", ','), (Fields{"a"}));
+}
+
+TEST(ZfxNextToken, AddsAnEmptyFieldForBlanksBehindTheLastDelimiter) {
+  EXPECT_EQ(fields_of("a, ", ','), (Fields{"a", ""}));
+}
+
+TEST(ZfxNextToken, FindsNothingInAnEmptyOrNullLine) {
+  EXPECT_EQ(fields_of("", ','), Fields{});
+  char out[8] = "before";
+  int32_t position = 0;
+  EXPECT_EQ(ZfxNextToken(nullptr, ',', out, sizeof out, &position), 0);
+  EXPECT_STREQ(out, "");
+}
+
+TEST(ZfxNextToken, CutsALongFieldAndStillPassesOverAllOfIt) {
+  EXPECT_EQ(fields_of("abcdef,gh", ',', 4), (Fields{"abc", "gh"}));
+  EXPECT_EQ(fields_of("abc,gh", ',', 4), (Fields{"abc", "gh"}));
+  EXPECT_EQ(fields_of("ab,gh", ',', 4), (Fields{"ab", "gh"}));
+}
+
+TEST(ZfxNextToken, WritesNothingBeyondTheGivenSize) {
+  for (int32_t size = 1; size < 6; ++size) {
+    char out[8];
+    std::memset(out, '?', sizeof out);
+    int32_t position = 0;
+    ZfxNextToken("abcdefgh,x", ',', out, size, &position);
+    EXPECT_EQ(std::strlen(out), static_cast<std::size_t>(size - 1));
+    EXPECT_EQ(out[size], '?');
+  }
+}
+
+TEST(ZfxNextToken, ToleratesMissingAreasAndOffsetsOutsideTheLine) {
+  char out[8] = "";
+  int32_t position = 100;
+  EXPECT_EQ(ZfxNextToken("ab", ',', out, sizeof out, &position), 0);
+  EXPECT_EQ(position, 2);
+  position = INT_MIN;
+  EXPECT_EQ(ZfxNextToken("ab", ',', out, sizeof out, &position), 1);
+  EXPECT_STREQ(out, "ab");
+  EXPECT_EQ(ZfxNextToken("ab,c", ',', out, sizeof out, nullptr), 1);
+  position = 0;
+  EXPECT_EQ(ZfxNextToken("ab", ',', nullptr, 8, &position), 1);
+  for (const int32_t size : {0, -1, INT_MIN}) {
+    std::strcpy(out, "same");
+    position = 0;
+    EXPECT_EQ(ZfxNextToken("ab", ',', out, size, &position), 1);
+    EXPECT_STREQ(out, "same");
+  }
+}
+
+TEST(ZfxNextToken, AgreesWithThePlainRuleOnRandomLines) {
+  std::mt19937 random(20261121);
+  const std::string alphabet = "ab, \t=";
+  for (int round = 0; round < 200000; ++round) {
+    std::string line(random() % 12, ' ');
+    for (char &c : line)
+      c = alphabet[random() % alphabet.size()];
+    const auto size = static_cast<int32_t>(1 + random() % 6);
+    PlainTokenizer plain{line, ',', static_cast<std::size_t>(size - 1)};
+    int32_t position = 0;
+    for (;;) {
+      char out[8];
+      std::string expected;
+      const bool more = plain.next(expected);
+      ASSERT_EQ(ZfxNextToken(line.c_str(), ',', out, size, &position), more ? 1 : 0) << '"' << line << '"';
+      ASSERT_EQ(out, expected) << '"' << line << "\" size " << size;
+      ASSERT_EQ(static_cast<std::size_t>(position), plain.position) << '"' << line << '"';
+      if (!more) break;
+    }
+  }
+}
+
+}  // namespace
