@@ -1,0 +1,38 @@
+// What a command of zorvcrt is: a name, a usage line and a function, and how it reports misuse and failure.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace tools {
+
+using Words = std::vector<std::string>;
+
+/// Exit statuses of the command.
+inline constexpr int kSuccess = 0;
+inline constexpr int kFailure = 1;
+inline constexpr int kMisuse = 2;
+
+/// The words on the command line make no sense: reported with the usage line, exit status 2.
+struct Misuse : std::runtime_error {
+  using runtime_error::runtime_error;
+};
+
+/// The command was understood and could not be carried out: reported in one line, exit status 1.
+struct Failure : std::runtime_error {
+  using runtime_error::runtime_error;
+};
+
+struct Command {
+  const char *name;
+  const char *arguments;  // as shown behind the name in the usage line
+  const char *summary;    // one line for the list of commands
+  const char *details;    // further lines for --help, or ""
+  int (*run)(const Words &words);
+};
+
+// The commands, each in the file of its name (tools/<name>_command.cpp).
+extern const Command kVersionCommand;
+
+}  // namespace tools
