@@ -1,10 +1,12 @@
 /**
  * @file zfxapi.h
- * What every other header of zorvcrt needs: the export macro, the C-linkage brackets and the attribute that
- * lets the compiler check printf arguments.
+ * What every other header of zorvcrt needs: the fixed-width types that the declarations are made of, the export
+ * macro, the C-linkage brackets and the attribute that lets the compiler check printf arguments.
  */
 #ifndef ZORVCRT_ZFXAPI_H
 #define ZORVCRT_ZFXAPI_H
+
+#include <stdint.h>
 
 /** Brackets around the declarations of a header; they give C linkage when the header is read as C++. */
 #ifdef __cplusplus

@@ -1,0 +1,183 @@
+#!/usr/bin/env python3
+"""Reads the built library and the public headers and holds them to the rules of the house.
+
+usage: library_test.py [TEST...]   with SOURCE_DIR, BINARY_DIR, CC and CXX in the environment
+"""
+import os
+import re
+import shutil
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+SOURCE = Path(os.environ["SOURCE_DIR"])
+BINARY = Path(os.environ["BINARY_DIR"])
+CC, CXX = os.environ["CC"], os.environ["CXX"]
+INCLUDE = SOURCE / "include"
+LIBRARY = BINARY / "lib" / "libzorvcrt_core.so.2"
+ARCHIVE = BINARY / "lib" / "libzorvcrt_core.a"
+VERSION = "ZORVCRT_CORE_2"
+
+# What must never be called: no bounds, hidden state or an end of the process ...
+BANNED = {
+    "strcpy", "strcat", "sprintf", "vsprintf", "strtok", "gets", "setlocale", "abort", "exit", "localtime",
+    "gmtime", "ctime", "__strcpy_chk", "__strcat_chk", "__sprintf_chk", "__vsprintf_chk", "_exit"}
+# ... but for these, each with the contract that asks for it.
+ALLOWED = {
+    "exit": "a fatal settings load, an internal scanner failure and a child without a program end the process",
+}
+ALLOWED_NEEDED = {"libc.so.6", "libm.so.6"}
+
+
+def output_of(*words):
+    return subprocess.run(words, check=True, capture_output=True, text=True).stdout
+
+
+def dynamic_symbols(*flags):
+    names = {}
+    for line in output_of("nm", "-D", *flags, str(LIBRARY)).splitlines():
+        kind, name = line.split()[-2:]
+        base, _, version = name.partition("@")
+        names[base] = (kind, version.lstrip("@"))
+    return names
+
+
+def declared_names():
+    """Every function and variable that the public headers declare, as the compiler sees them."""
+    with tempfile.TemporaryDirectory() as folder:
+        listing = Path(folder) / "prototypes"
+        source = Path(folder) / "all.c"
+        source.write_text('#include "zorvcrt.h"\n')
+        output_of("gcc", "-std=c11", "-fsyntax-only", f"-I{INCLUDE}", "-aux-info", str(listing), str(source))
+        functions = {
+            re.search(r"(\w+) \(", line.split("*/", 1)[1]).group(1)
+            for line in listing.read_text().splitlines()
+            if line.startswith(f"/* {INCLUDE}/") and "*/ extern" in line}
+    variables = {
+        name for header in INCLUDE.glob("*.h")
+        for name in re.findall(r"^ZFX_API extern [\w ]+?\*?(\w+);", header.read_text(), re.M)}
+    return functions | variables
+
+
+def compilers():
+    return [(c, cxx) for c, cxx in (("gcc", "g++"), ("clang", "clang++")) if shutil.which(c) and shutil.which(cxx)]
+
+
+class Library(unittest.TestCase):
+    def test_is_named_as_hosts_load_it(self):
+        self.assertIn("[libzorvcrt_core.so.2]", output_of("readelf", "-d", str(LIBRARY)).split("SONAME")[1])
+        self.assertFalse(LIBRARY.is_symlink())
+        self.assertEqual(os.readlink(LIBRARY.with_name("libzorvcrt_core.so")), "libzorvcrt_core.so.2")
+
+    def test_needs_nothing_but_the_c_library(self):
+        needed = set(re.findall(r"NEEDED.*\[(.*)\]", output_of("readelf", "-d", str(LIBRARY))))
+        self.assertIn("libc.so.6", needed)
+        self.assertLessEqual(needed, ALLOWED_NEEDED)
+
+    def test_needs_no_cxx_run_time(self):
+        undefined = dynamic_symbols("--undefined-only")
+        run_time = {name for name in undefined if re.match(r"_Z|__cxa|_Unwind|__gxx", name)}
+        self.assertLessEqual(run_time, {"__cxa_finalize"})
+        if run_time:
+            self.assertEqual(undefined["__cxa_finalize"][0], "w")
+
+    def test_exports_exactly_what_the_headers_declare(self):
+        exported = set(dynamic_symbols("--defined-only")) - {VERSION}
+        declared = declared_names()
+        self.assertGreater(len(declared), 15)
+        self.assertEqual(sorted(exported - declared), [], "exported and not declared")
+        self.assertEqual(sorted(declared - exported), [], "declared and not exported")
+
+    def test_gives_every_export_its_symbol_version(self):
+        for name, (_, version) in dynamic_symbols("--defined-only").items():
+            if name != VERSION:
+                self.assertEqual(version, VERSION, name)
+
+    def test_lists_every_export_once(self):
+        text = (SOURCE / "src" / "exports.map").read_text()
+        listed = re.findall(r"^    (\w+);", text, re.M)
+        self.assertEqual(sorted(listed), sorted(set(listed)))
+        self.assertEqual(set(listed), declared_names())
+
+    def test_calls_no_banned_function(self):
+        called = set(dynamic_symbols("--undefined-only"))
+        self.assertEqual(sorted(called & BANNED - ALLOWED.keys()), [])
+
+    def test_runs_nothing_when_it_is_loaded(self):
+        sections = output_of("readelf", "-SW", str(LIBRARY))
+        size = re.search(r"\.init_array\s+INIT_ARRAY\s+\w+\s+\w+\s+(\w+)", sections)
+        # The one entry is the compiler's own start-up stub.
+        self.assertLessEqual(int(size.group(1), 16), 8)
+        self.assertNotIn(".ctors", sections)
+
+    def test_is_hardened(self):
+        dynamic = output_of("readelf", "-dW", str(LIBRARY))
+        segments = output_of("readelf", "-lW", str(LIBRARY))
+        self.assertIn("BIND_NOW", dynamic)
+        self.assertIn("GNU_RELRO", segments)
+        self.assertRegex(segments, r"GNU_STACK.* RW ")
+        self.assertNotIn("TEXTREL", dynamic)
+        self.assertIn("__stack_chk_fail", dynamic_symbols("--undefined-only"))
+
+    def test_begins_every_exported_function_with_a_branch_target(self):
+        functions = {name for name, (kind, _) in dynamic_symbols("--defined-only").items() if kind == "T"}
+        starts = re.findall(r"^\w+ <(\w+)(?:@@\w+)?>:\n.*\t(\w+)", output_of("objdump", "-d", str(LIBRARY)), re.M)
+        first = dict(starts)
+        self.assertEqual(sorted(name for name in functions if first.get(name) != "endbr64"), [])
+
+    def test_is_also_there_as_an_archive(self):
+        defined = set(re.findall(r" [TDB] (\w+)$", output_of("nm", "--defined-only", str(ARCHIVE)), re.M))
+        self.assertEqual(sorted(declared_names() - defined), [])
+
+
+class Headers(unittest.TestCase):
+    def test_compile_alone_in_both_languages(self):
+        flags = ["-Wall", "-Wextra", "-Wpedantic", "-Werror", "-fsyntax-only", f"-I{INCLUDE}"]
+        for c, cxx in compilers():
+            for header in sorted(INCLUDE.glob("*.h")):
+                for command in ([c, "-std=c11", "-xc"], [cxx, "-std=c++20", "-xc++"]):
+                    with self.subTest(header=header.name, compiler=command[0]):
+                        done = subprocess.run([*command, *flags, "-"], input=f'#include "{header.name}"\n',
+                                              capture_output=True, text=True)
+                        self.assertEqual(done.returncode, 0, done.stderr)
+
+    def test_shadow_no_system_header(self):
+        for compiler, language in ((CC, "c"), (CXX, "c++")):
+            verbose = subprocess.run([compiler, "-E", "-v", f"-x{language}", os.devnull, "-o", os.devnull],
+                                     check=True, capture_output=True, text=True).stderr
+            search = verbose.split("search starts here:\n")[-1].split("End of search list")[0].split()
+            self.assertGreater(len(search), 1)
+            for header in INCLUDE.glob("*.h"):
+                for folder in search:
+                    self.assertFalse((Path(folder) / header.name).exists(), f"{folder}/{header.name}")
+
+    def test_are_all_in_the_umbrella(self):
+        umbrella = (INCLUDE / "zorvcrt.h").read_text()
+        for header in INCLUDE.glob("*.h"):
+            if header.name != "zorvcrt.h":
+                self.assertIn(f'#include "{header.name}"', umbrella)
+
+    def test_are_all_in_a_room(self):
+        rooms = "".join(path.read_text() for path in SOURCE.glob("src/*/CMakeLists.txt"))
+        for header in INCLUDE.glob("*.h"):
+            if header.name != "zorvcrt.h":
+                self.assertRegex(rooms, rf"\n    {re.escape(header.name)}\n")
+
+
+class Rooms(unittest.TestCase):
+    def test_do_not_see_the_rooms_above(self):
+        """An include that runs upwards does not compile: the lowest room cannot find the header of another."""
+        others = set(os.listdir(BINARY / "rooms")) - {"foundation"}
+        seen = [BINARY / "rooms" / "foundation", SOURCE / "src" / "foundation"]
+        for room in others:
+            for header in os.listdir(BINARY / "rooms" / room):
+                self.assertFalse(any((folder / header).exists() for folder in seen), header)
+
+    def test_reach_each_other_by_name_only(self):
+        for path in SOURCE.glob("src/*/*.?pp"):
+            self.assertNotRegex(path.read_text(), r'#include "[^"]*/', f"{path}: a path in an include")
+
+
+if __name__ == "__main__":
+    unittest.main()
