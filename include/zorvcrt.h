@@ -18,10 +18,12 @@
 #include "zfxmemory.h"
 
 /* os */
+#include "FileStatus.h"
 
 /* conv */
 
 /* config */
+#include "dataarea.h"
 
 /* json */
 
