@@ -19,6 +19,7 @@
 
 /* os */
 #include "FileStatus.h"
+#include "tls.h"
 
 /* conv */
 
