@@ -29,6 +29,7 @@
 /* json */
 
 /* log */
+#include "logger.h"
 
 /* time */
 
