@@ -31,7 +31,9 @@ struct KeptTime {
   std::size_t size;
 };
 
-constinit thread_local KeptTime kept{};
+// The TLS model that reaches the variable without a call into the dynamic loader, which would be one more
+// library to need; it takes its few bytes from the room that the C library keeps for libraries loaded late.
+__attribute__((tls_model("initial-exec"))) constinit thread_local KeptTime kept{};
 
 bool is_same_zone(const char *zone) {
   return zone == nullptr ? !kept.has_zone : kept.has_zone && std::strcmp(zone, kept.zone.data()) == 0;
