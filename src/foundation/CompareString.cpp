@@ -2,45 +2,53 @@
 // wrappers.
 #include "CompareString.h"
 
+#include <ctype.h>
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 
+#include "CompareString_blocks.hpp"
 #include "fixed_text.hpp"
 
 namespace {
 
+using zorvcrt::matching_bytes;
+using zorvcrt::matching_bytes_without_case;
+
 enum class Case { kSensitive, kIgnored };
 
-// The order of two bytes: -1, 0 or 1. Equal bytes, the usual case, never reach the locale's table.
-int order_of(char a, char b, Case letters) {
-  if (a == b) return 0;
-  auto x = static_cast<signed char>(a);
-  auto y = static_cast<signed char>(b);
-  if (letters == Case::kIgnored) {
-    x = static_cast<signed char>(std::toupper(static_cast<unsigned char>(a)));
-    y = static_cast<signed char>(std::toupper(static_cast<unsigned char>(b)));
-  }
-  return (x > y) - (x < y);
+// The upper-case table of the locale in force, as toupper() reads it.
+const int *upper_table() {
+  return *__ctype_toupper_loc();
+}
+
+std::size_t matching(std::string_view a, std::string_view b, Case letters) {
+  const std::size_t common = std::min(a.size(), b.size());
+  return letters == Case::kIgnored ? matching_bytes_without_case(a.data(), b.data(), common, upper_table())
+                                   : matching_bytes(a.data(), b.data(), common);
+}
+
+signed char ordered_value(char c, Case letters) {
+  return static_cast<signed char>(letters == Case::kIgnored ? upper_table()[static_cast<unsigned char>(c)]
+                                                            : c);
 }
 
 // Orders counted texts; when all common positions agree, the shorter one is the lower.
 int __ZfxCompare(std::string_view a, std::string_view b, Case letters) {
-  const std::size_t common = std::min(a.size(), b.size());
-  for (std::size_t i = 0; i < common; ++i) {
-    if (const int order = order_of(a[i], b[i], letters); order != 0) return order;
-  }
-  return (a.size() > b.size()) - (a.size() < b.size());
+  const std::size_t at = matching(a, b, letters);
+  if (at == a.size() || at == b.size()) return (a.size() > b.size()) - (a.size() < b.size());
+  return ordered_value(a[at], letters) < ordered_value(b[at], letters) ? -1 : 1;
+}
+
+std::string_view beginning(const char *text, int32_t limit) {
+  return limit > 0 ? std::string_view(text, ::strnlen(text, static_cast<std::size_t>(limit))) : text;
 }
 
 // Tells whether terminated texts are the same over limit bytes, or wholly when limit is 0 or less.
 bool __ZfxCompareEx(const char *a, const char *b, int32_t limit, Case letters) {
   if (a == nullptr || b == nullptr) return a == b;
-  for (std::size_t i = 0; limit <= 0 || i < static_cast<std::size_t>(limit); ++i) {
-    if (a[i] == '\0' || b[i] == '\0') return a[i] == b[i];
-    if (order_of(a[i], b[i], letters) != 0) return false;
-  }
-  return true;
+  const std::string_view x = beginning(a, limit);
+  const std::string_view y = beginning(b, limit);
+  return x.size() == y.size() && matching(x, y, letters) == x.size();
 }
 
 int compare_beginnings(const char *a, const char *b, int32_t n, Case letters) {

@@ -3,6 +3,7 @@
 
 usage: library_test.py [TEST...]   with SOURCE_DIR, BINARY_DIR, CC and CXX in the environment
 """
+import ctypes
 import os
 import re
 import shutil
@@ -125,6 +126,11 @@ class Library(unittest.TestCase):
         starts = re.findall(r"^\w+ <(\w+)(?:@@\w+)?>:\n.*\t(\w+)", output_of("objdump", "-d", str(LIBRARY)), re.M)
         first = dict(starts)
         self.assertEqual(sorted(name for name in functions if first.get(name) != "endbr64"), [])
+
+    def test_can_be_loaded_late_by_any_language(self):
+        version = ctypes.create_string_buffer(32)
+        ctypes.CDLL(str(LIBRARY)).ZfxGetCrtVersion(version, ctypes.c_uint64(len(version)))
+        self.assertEqual(version.value, b"8.4-4:1")
 
     def test_is_also_there_as_an_archive(self):
         defined = set(re.findall(r" [TDB] (\w+)$", output_of("nm", "--defined-only", str(ARCHIVE)), re.M))
