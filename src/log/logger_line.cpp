@@ -42,9 +42,7 @@ class StreamLock {
 
 void append_location(TextWriter &line, std::string_view location) {
   if (location.empty()) return;
-  const std::string_view mark = ": ";
-  const std::string_view shown = location.substr(0, std::min(location.size(), kLocationRoom - 1));
-  line.append(shown).append(mark.substr(0, std::min(mark.size(), kLocationRoom - 1 - shown.size())));
+  line.append(zorvcrt::FixedText<kLocationRoom>(location).append(": ").view());
 }
 
 // All of the line that stands in front of the message.

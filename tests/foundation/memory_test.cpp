@@ -69,9 +69,13 @@ TEST(ZfxMemRealloc, KeepsTheContentOfABlock) {
   ZfxMemFree(block);
 }
 
-TEST(ZfxMemRealloc, TakesTheSizeOfABlockExactlyAsGiven) {
-  void *block = ZfxMemRealloc(ZfxMemAlloc(8), UINT64_MAX - 2);
-  EXPECT_EQ(block, nullptr);  // rounding up would have wrapped to 0 and released the block
+TEST(ZfxMemRealloc, TakesTheSizeOfABlockExactlyAsGivenAndKeepsItWhenRefused) {
+  auto *block = static_cast<char *>(ZfxMemAlloc(8));
+  std::memcpy(block, "1234567", 8);
+  EXPECT_EQ(ZfxMemRealloc(block, UINT64_MAX - 2),
+            nullptr);  // rounded up it would wrap to 0 and release the block
+  EXPECT_STREQ(block, "1234567");
+  ZfxMemFree(block);
 }
 
 TEST(ZfxMemFree, IgnoresNull) {
