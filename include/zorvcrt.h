@@ -25,6 +25,7 @@
 
 /* config */
 #include "dataarea.h"
+#include "zorvrcs.h"
 
 /* json */
 
