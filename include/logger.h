@@ -6,10 +6,10 @@
  *
  *     [Sun Nov 15 08:38:12   ERROR] open@file.c:120: #2 cannot open x
  *
- * the time as ctime() gives it without the year (local zone, the names of the locale in force), the name of
- * the level over seven characters, the source location, the error number and the message; a line end is added
- * unless the message has one anywhere in it. Fatal, error and warning lines show an error number other than
- * 0; information and debug lines have none.
+ * the time as ctime() gives it without the year (local zone; a change of TZ shows in the next line, a new
+ * zone file within a second), the name of the level over seven characters, the source location, the error
+ * number and the message; a line end is added unless the message has one anywhere in it. Fatal, error and
+ * warning lines show an error number other than 0; information and debug lines have none.
  *
  * Every function ignores a null logger. Lines may be written from any number of threads at once and never
  * mix: a line reaches its file by one write, so lines of several processes that append to one local file stay

@@ -96,12 +96,11 @@ void call_back(const Logger &logger, std::string_view line, std::size_t message_
 
 // Adds the line end to a message at the offset, if it wants one, and hands the line over.
 void finish_and_deliver(const Logger &logger, char *line, std::size_t message_offset) {
-  char *const message = line + message_offset;
-  const std::size_t length = std::strlen(message);
-  std::size_t size = message_offset + length;
-  if (std::memchr(message, '\n', length) == nullptr) line[size++] = '\n';
+  const std::string_view message = line + message_offset;
+  std::size_t size = message_offset + message.size();
+  if (message.find('\n') == std::string_view::npos) line[size++] = '\n';
   if (logger.callback != nullptr) {
-    call_back(logger, {line, size}, length);
+    call_back(logger, {line, size}, message.size());
   } else {
     print(logger.stream, {line, size});
   }

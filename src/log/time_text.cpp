@@ -2,8 +2,6 @@
 // line's write: without TZ, tzset() asks the file system each time whether the zone file has been replaced.
 #include "time_text.hpp"
 
-#include <langinfo.h>
-
 #include <array>
 #include <cstdlib>
 #include <cstring>
@@ -14,8 +12,6 @@
 namespace {
 
 constexpr std::size_t kShownBytes = 19;
-constexpr std::size_t kNameBytes = 3;  // of a day's or month's name, whatever the locale
-constexpr std::size_t kMonthOffset = 4;
 constexpr std::size_t kKeptZone = 64;
 constexpr std::size_t kTimeTextRoom = 64;  // asctime_r() asks for 26
 
@@ -24,8 +20,6 @@ struct KeptTime {
   std::time_t second;
   bool reusable;
   bool has_zone;
-  int weekday;
-  int month;
   std::array<char, kKeptZone> zone;
   std::array<char, kShownBytes + 1> text;
   std::size_t size;
@@ -37,14 +31,6 @@ __attribute__((tls_model("initial-exec"))) constinit thread_local KeptTime kept{
 
 bool is_same_zone(const char *zone) {
   return zone == nullptr ? !kept.has_zone : kept.has_zone && std::strcmp(zone, kept.zone.data()) == 0;
-}
-
-// Tells whether the locale in force has the names that the kept text begins with.
-bool has_same_names() {
-  const char *day = nl_langinfo(ABDAY_1 + kept.weekday);
-  const char *month = nl_langinfo(ABMON_1 + kept.month);
-  return std::strncmp(kept.text.data(), day, kNameBytes) == 0 &&
-         std::strncmp(kept.text.data() + kMonthOffset, month, kNameBytes) == 0;
 }
 
 void keep_zone(const char *zone) {
@@ -59,14 +45,13 @@ void render(std::time_t now, const char *zone) {
   std::tm local{};
   std::array<char, kTimeTextRoom> whole{};
   tzset();
-  // A time whose year has no text is left out; there is none before the year 10000.
-  const bool done = localtime_r(&now, &local) != nullptr && asctime_r(&local, whole.data()) != nullptr;
+  bool done = localtime_r(&now, &local) != nullptr;
+  local.tm_year = 0;  // not shown; so a clock beyond the year 9999, which asctime_r() refuses, has a text too
+  done = done && asctime_r(&local, whole.data()) != nullptr;
   kept.size = done ? ::strnlen(whole.data(), kShownBytes) : 0;
   std::memcpy(kept.text.data(), whole.data(), kept.size);
   if (done) kept.text[kept.size++] = ' ';
   kept.second = now;
-  kept.weekday = local.tm_wday;
-  kept.month = local.tm_mon;
   keep_zone(zone);
 }
 
@@ -75,6 +60,6 @@ void render(std::time_t now, const char *zone) {
 std::string_view zorvcrt::current_time_text() {
   const std::time_t now = std::time(nullptr);
   const char *zone = std::getenv("TZ");
-  if (!kept.reusable || kept.second != now || !is_same_zone(zone) || !has_same_names()) render(now, zone);
+  if (!kept.reusable || kept.second != now || !is_same_zone(zone)) render(now, zone);
   return {kept.text.data(), kept.size};
 }

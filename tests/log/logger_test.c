@@ -1,0 +1,10 @@
+/* Logging as a C program does it. */
+#include "logger.h"
+
+#include "logger_layout.h"
+
+void log_from_c(Logger *logger);
+
+void log_from_c(Logger *logger) {
+  Logger_LogWarning(logger, "main@main.c:1", 5, "%s %d", "from C", 11);
+}
