@@ -25,12 +25,15 @@
 
 /* config */
 #include "dataarea.h"
+#include "readrcs.h"
 #include "zorvrcs.h"
 
 /* json */
 
 /* log */
+#include "logfilename.h"
 #include "logger.h"
+#include "sourceloc.h"
 
 /* time */
 
