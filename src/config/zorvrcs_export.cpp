@@ -10,6 +10,8 @@ namespace zorvcrt::settings {
 
 namespace {
 
+// Its presence counts, whatever its value. It may be a setting itself, and then ends the export it is part
+// of.
 constexpr char kNoExport[] = "__QUORCONF_NOENV";
 
 bool is_export_forbidden() {
@@ -28,6 +30,7 @@ void export_missing(const Tree &tree) {
   for (auto section = sections.rbegin(); section != sections.rend(); ++section) {
     for (const Item *item = section->last(); item != nullptr; item = section->before(*item)) {
       ::setenv(item->name.get(), item->value.get(), 0);
+      if (view_of(item->name.get()) == kNoExport) return;
     }
   }
 }

@@ -34,7 +34,7 @@ inline std::ostream &operator<<(std::ostream &out, const Entry &entry) {
 inline Entry privileged(std::string name, std::string value) {
   return {QUOR_LEVEL_PRIVILEGED, std::move(name), std::move(value)};
 }
-inline Entry group(std::string name, std::string value) {
+inline Entry grouped(std::string name, std::string value) {
   return {QUOR_LEVEL_GROUP, std::move(name), std::move(value)};
 }
 inline Entry nonprivileged(std::string name, std::string value) {
