@@ -129,6 +129,7 @@ class WithoutSettings : public Base {
 
   /// Puts the text where __KERNEL_DEVELOPER points to, for the next load.
   void prepare(std::string_view text) {
+    ::unlink(path("developer.conf").c_str());  // writing a file over flushes it to the disk
     support::write_file(path("developer.conf"), text);
     ::setenv("__KERNEL_DEVELOPER", path("developer.conf").c_str(), 1);
     QuorConfRemove();
