@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <string>
 
+#include "locale.hpp"
 #include "zorvrcs_fixture.hpp"
 
 namespace {
@@ -136,6 +137,13 @@ TEST_F(SettingsFormat, ReadsHeaders) {
     if (header.level != 0) expected.push_back({header.level, "A", "1"});
     EXPECT_EQ(load(std::string("[PRIVILEGED]\n") + header.header + "\nA=1\n"), expected) << header.header;
   }
+}
+
+TEST_F(SettingsFormat, ReadsHeadersByTheUpperCaseOfTheLocale) {
+  const support::Locale turkish("tr_TR.ISO-8859-9");  // where "i" has another upper case than "I"
+  ASSERT_TRUE(turkish.in_force());
+  EXPECT_EQ(load("[PRIVILEGED]\nA=1\n"), Entries({privileged("A", "1")}));
+  EXPECT_EQ(load("[privileged]\nA=1\n"), Entries({nonprivileged("A", "1")}));
 }
 
 TEST_F(SettingsFormat, UnknownHeadersKeepAForeignGroupForeign) {
