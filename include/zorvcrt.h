@@ -18,8 +18,13 @@
 #include "zfxmemory.h"
 
 /* os */
+#include "CopyDirTree.h"
+#include "CreatePath.h"
 #include "FileStatus.h"
 #include "tls.h"
+#include "GetFileLine.h"
+#include "GetTempDir.h"
+#include "RelativeDirToAbsolute.h"
 
 /* conv */
 
