@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstring>
 
 namespace {
 
@@ -30,7 +31,7 @@ uint32_t kind_of(mode_t mode) {
 
 int32_t ZfxStatFile(ZfxFileStatus *status, const char *path) {
   if (status == nullptr) return -1;
-  *status = {};
+  std::memset(status, 0, sizeof *status);  // the bytes between the fields too: callers compare records
   if (path == nullptr) return -1;
   struct stat found;
   if (::stat(path, &found) != 0) return errno;

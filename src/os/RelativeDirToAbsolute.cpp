@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kCurrentArea = 1024;
 constexpr std::size_t kDestinationArea = 2048;
 
-// With the '/' behind it that may be missing; empty when the directory cannot be told.
+// With room for a '/' behind it.
 using Folder = zorvcrt::FixedText<kCurrentArea + 1>;
 
 // Finds what belongs in front of the path, nothing for an absolute one; false when that cannot be told.

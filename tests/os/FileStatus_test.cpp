@@ -29,6 +29,8 @@ ZfxFileStatus soiled_status() {
 }
 
 void expect_all_zero(const ZfxFileStatus &status) {
+  constexpr unsigned char zero[sizeof status] = {};
+  EXPECT_EQ(std::memcmp(&status, zero, sizeof zero), 0) << "the bytes between the fields count";
   EXPECT_EQ(status.flags, 0u);
   EXPECT_EQ(status.change_time, 0);
   EXPECT_EQ(status.modification_time, 0);
