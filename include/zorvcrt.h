@@ -21,10 +21,10 @@
 #include "CopyDirTree.h"
 #include "CreatePath.h"
 #include "FileStatus.h"
-#include "tls.h"
 #include "GetFileLine.h"
 #include "GetTempDir.h"
 #include "RelativeDirToAbsolute.h"
+#include "tls.h"
 
 /* conv */
 
