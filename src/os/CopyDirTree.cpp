@@ -30,7 +30,7 @@ int copy_directory(const char *destination, const char *source) {
 }
 
 bool opens_as_directory(DIR *folder, const char *name) {
-  const int flags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC;
+  const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
   return zorvcrt::UniqueDescriptor(::openat(::dirfd(folder), name, flags)).is_open();
 }
 

@@ -320,6 +320,9 @@ TEST_F(GetZorvDataAreaTest, ReadsLinkTargetsOfUpTo1023Characters) {
   const std::string area = make_folder_of_length(folder.path(), 1024);
   support::make_link(area, kVar);
   expect_success(0x01, area.substr(0, 1023));
+  fs::remove(area);
+  expect_answer(0x01, 2, kNotConfigured);  // the entry itself leads nowhere now
+  fs::create_directory(area);
   fs::remove(area.substr(0, 1023));
   expect_answer(0x01, 2, kNotConfigured);
 }

@@ -34,6 +34,7 @@ struct Script {
   int opened_flags = 0;
   int descriptor = -1;
   long names_seen = 0;
+  std::set<std::string> first_names = {};
 };
 Script script;
 
@@ -47,6 +48,7 @@ bool is_scripted(const char *path) {
 int lstat(const char *path, struct stat *result) noexcept {
   if (!is_scripted(path)) return ::fstatat(AT_FDCWD, path, result, AT_SYMLINK_NOFOLLOW);
   *result = {};
+  if (script.names_seen < 4) script.first_names.insert(path);
   if (script.names_seen++ < script.names_taken) return 0;
   errno = script.name_error;
   return -1;
@@ -162,6 +164,7 @@ TEST(ZfxGetTempFileName, PassesOverNamesThatAreTaken) {
   script = {.names_taken = 3};
   expect_form(fresh_name("zfxs-"), kScriptedPrefix);
   EXPECT_EQ(script.names_seen, 4);
+  EXPECT_EQ(script.first_names.size(), 4u) << "a name was tried twice";
 }
 
 TEST(ZfxGetTempFileName, GivesUpWhenNoNameIsFree) {
@@ -219,6 +222,14 @@ TEST(ZfxGetTempFile, OpensANewNameWithoutCreatingIt) {
 TEST(ZfxGetTempFile, GivesTheDescriptorWhenTheFileTurnsUpInTime) {
   script = {.descriptor = 12345};
   EXPECT_EQ(ZfxGetTempFile("zfxs-"), 12345);
+}
+
+TEST(ZfxGetTempFile, OpensNothingWhenNoNameIsFree) {
+  script = {.names_taken = LONG_MAX, .descriptor = 12345};
+  errno = 0;
+  EXPECT_EQ(ZfxGetTempFile("zfxs-"), -1);
+  EXPECT_EQ(errno, EEXIST);
+  EXPECT_EQ(script.opened_path, "");
 }
 
 TEST(ZfxGetTempFile, LeavesNothingBehind) {
