@@ -12,7 +12,7 @@ namespace {
 
 // In the order in which they are listed.
 constexpr std::array kCommands = {
-    &kVersionCommand,
+    &kStartupCommand, &kSettingsCommand, &kDataareaCommand, &kLogCommand, &kVersionCommand,
 };
 
 void print_usage(FILE *stream, const Command &command) {

@@ -1,0 +1,78 @@
+// zorvcrt log: writes one line to a log file.
+#include <zorvcrt.h>
+
+#include <charconv>
+#include <memory>
+
+#include "arguments.hpp"
+#include "levels.hpp"
+#include "log_line.hpp"
+
+namespace tools {
+
+namespace {
+
+constexpr uint32_t kEverything = 5;
+
+struct LoggerDeleter {
+  void operator()(Logger *logger) const { Logger_Delete(logger); }
+};
+
+std::string joined(Words::const_iterator word, Words::const_iterator end) {
+  std::string text = *word;
+  while (++word != end) {
+    text += " " + *word;
+  }
+  return text;
+}
+
+int32_t number_in(const std::string &text) {
+  int32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size())
+    throw Misuse("'" + text + "' is no error number");
+  return number;
+}
+
+int run(const Words &words) {
+  const Arguments arguments(words, {}, {"--error", "--location"});
+  arguments.require_operands(3, SIZE_MAX);
+  const Words &operands = arguments.operands();
+  const uint32_t level = log_level(operands[1]);
+  const int32_t error = number_in(arguments.value("--error").value_or("0"));
+  const std::string location = arguments.value("--location").value_or("");
+  const std::string message = joined(operands.begin() + 2, operands.end());
+
+  const bool to_standard_error = operands[0] == "-";
+  const std::unique_ptr<Logger, LoggerDeleter> logger(
+      Logger_New(kEverything, operands[0].c_str(), to_standard_error ? 1 : 0));
+  if (Logger_GetLogFileno(logger.get()) < 0) throw Failure("cannot append to " + operands[0]);
+  log_line(logger.get(), level, location.c_str(), error, message.c_str());
+  return kSuccess;
+}
+
+}  // namespace
+
+void log_line(Logger *logger, uint32_t level, const char *location, int32_t error, const char *message) {
+  const int room = Logger_GetMaxPrecision(static_cast<int32_t>(level), message);
+  switch (level) {
+    case 1:
+      return Logger_LogFatalError(logger, location, error, "%.*s", room, message);
+    case 2:
+      return Logger_LogError(logger, location, error, "%.*s", room, message);
+    case 3:
+      return Logger_LogWarning(logger, location, error, "%.*s", room, message);
+    case 4:
+      return Logger_LogInfo(logger, location, "%.*s", room, message);
+    default:
+      return Logger_LogDebug(logger, location, "%.*s", room, message);
+  }
+}
+
+const Command kLogCommand = {
+    "log", "FILE LEVEL MESSAGE... [--error N] [--location TEXT]", "append one line to a log file",
+    "FILE is created when it is missing; '-' is standard error. LEVEL is fatal, error, warning,\n"
+    "info, debug or 1 to 5. Put '--' in front of a message with words that begin with '-'.\n",
+    run};
+
+}  // namespace tools
