@@ -185,5 +185,15 @@ class Rooms(unittest.TestCase):
             self.assertNotRegex(path.read_text(), r'#include "[^"]*/', f"{path}: a path in an include")
 
 
+class Guides(unittest.TestCase):
+    def test_show_example_programs_as_they_are(self):
+        """A C block below a comment that names an example, <!-- examples/x.c -->, is that file."""
+        shown = [block for guide in sorted((SOURCE / "docs").glob("*.md"))
+                 for block in re.findall(r"<!-- (examples/\w+\.c) -->\n```c\n(.*?)```\n", guide.read_text(), re.S)]
+        self.assertGreater(len(shown), 0)
+        for example, text in shown:
+            self.assertEqual(text, (SOURCE / example).read_text(), example)
+
+
 if __name__ == "__main__":
     unittest.main()
