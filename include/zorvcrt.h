@@ -24,6 +24,7 @@
 #include "GetFileLine.h"
 #include "GetTempDir.h"
 #include "RelativeDirToAbsolute.h"
+#include "event.h"
 #include "tls.h"
 
 /* conv */
