@@ -25,6 +25,7 @@
 #include "GetTempDir.h"
 #include "RelativeDirToAbsolute.h"
 #include "event.h"
+#include "mutex.h"
 #include "tls.h"
 
 /* conv */
