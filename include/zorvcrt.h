@@ -27,6 +27,7 @@
 #include "event.h"
 #include "mutex.h"
 #include "tls.h"
+#include "zfxsemaphore.h"
 
 /* conv */
 
