@@ -26,6 +26,7 @@
 #include "RelativeDirToAbsolute.h"
 #include "event.h"
 #include "mutex.h"
+#include "thread.h"
 #include "tls.h"
 #include "zfxsemaphore.h"
 
