@@ -1,6 +1,7 @@
 // One line from its parts to the callback or, by a single write, to the stream.
 #include "logger_line.hpp"
 
+#include <pthread.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -29,15 +30,24 @@ constexpr std::size_t kStackBound = 8192;
 constexpr std::size_t kLocationRoom = 512;
 constexpr uint32_t kFirstLevelWithoutNumber = LOGGER_LEVEL_INFO;
 
+// Holds a stream for this thread. A thread that is cancelled meanwhile finishes its line first: it would
+// leave the stream locked for all others.
 class StreamLock {
  public:
-  explicit StreamLock(FILE *stream) : stream_(stream) { ::flockfile(stream_); }
-  ~StreamLock() { ::funlockfile(stream_); }
+  explicit StreamLock(FILE *stream) : stream_(stream) {
+    ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancel_state_);
+    ::flockfile(stream_);
+  }
+  ~StreamLock() {
+    ::funlockfile(stream_);
+    ::pthread_setcancelstate(cancel_state_, nullptr);
+  }
   StreamLock(const StreamLock &) = delete;
   StreamLock &operator=(const StreamLock &) = delete;
 
  private:
   FILE *stream_;
+  int cancel_state_ = PTHREAD_CANCEL_ENABLE;
 };
 
 void append_location(TextWriter &line, std::string_view location) {

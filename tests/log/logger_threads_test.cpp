@@ -124,6 +124,41 @@ TEST(Logger, HandsALineOverInOneWriteHoweverLongItIs) {
   ::close(ends[1]);
 }
 
+// The thread hangs in its write until the pipe is read. Cancelled there, it must not take the stream along.
+TEST(Logger, FinishesItsLineWhenTheThreadIsCancelled) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+  FileLogger logger;
+  logger->timestamps = 0;
+  ASSERT_GE(::dup2(ends[1], Logger_GetLogFileno(logger)), 0);
+  ::close(ends[1]);
+  const int capacity = ::fcntl(ends[0], F_SETPIPE_SZ, 4096);
+  ASSERT_GT(capacity, 0);
+  pthread_t thread{};
+  const auto routine = [](void *argument) -> void * {
+    Logger_LogDebug(static_cast<Logger *>(argument), nullptr, "%060000d", 1);
+    return nullptr;
+  };
+  ASSERT_EQ(pthread_create(&thread, nullptr, routine, static_cast<Logger *>(logger)), 0);
+  char byte = 0;
+  ASSERT_EQ(::read(ends[0], &byte, 1), 1);  // from here on the thread is inside its write
+  ASSERT_EQ(pthread_cancel(thread), 0);
+  std::string text(1, byte);
+  while (text.back() != '\n') {
+    char block[4096];
+    const ssize_t size = ::read(ends[0], block, sizeof block);
+    ASSERT_GT(size, 0);
+    text.append(block, static_cast<std::size_t>(size));
+  }
+  pthread_join(thread, nullptr);
+  EXPECT_EQ(text.size(), std::string("[  DEBUG] ").size() + 60000 + 1);
+  Logger_LogDebug(logger, nullptr, "next");
+  char block[64] = "";
+  EXPECT_GT(::read(ends[0], block, sizeof block - 1), 0);
+  EXPECT_STREQ(block, "[  DEBUG] next\n");
+  ::close(ends[0]);
+}
+
 // The whole stack is as large as the longest message alone.
 TEST(Logger, WritesTheLongestLineOnASmallStack) {
   FileLogger logger;
