@@ -108,6 +108,11 @@ char *answer(const char *lines, const char *name) {
   return find_setting(zorvcrt::view_of(lines), name);
 }
 
+// Runs when the library is unloaded: a thread that outlives it must not call a destructor that is gone.
+__attribute__((destructor)) void unload_copies() {
+  ZfxCloseRCS();
+}
+
 }  // namespace
 
 char *ZfxReadRCS(const char *name, uint32_t mask) {

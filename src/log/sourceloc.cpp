@@ -22,6 +22,13 @@ char *thread_buffer() {
   return ZfxSetTLSValue(*key, buffer.get()) == 0 ? buffer.release() : nullptr;
 }
 
+// Runs when the library is unloaded: a thread that outlives it must not call a destructor that is gone. The
+// buffers of such threads stay.
+__attribute__((destructor)) void unload_buffers() {
+  if (const auto key = buffer_key.existing(); key) ZfxMemFree(ZfxGetTLSValue(*key));
+  buffer_key.close();
+}
+
 std::string_view base_name(std::string_view path) {
   path.remove_prefix(path.rfind('/') + 1);  // without a '/', npos + 1 is 0
   return path;

@@ -11,6 +11,7 @@
 namespace zorvcrt {
 
 /// Constant-initialised. Threads may race for the first use: one of them makes the key, all of them get it.
+/// Whoever owns one closes it when the library is unloaded.
 class LazyTlsKey {
  public:
   /// @param destructor as for ZfxCreateTLS()

@@ -8,6 +8,7 @@ import os
 import re
 import shutil
 import subprocess
+import sys
 import tempfile
 import unittest
 from pathlib import Path
@@ -131,6 +132,27 @@ class Library(unittest.TestCase):
         version = ctypes.create_string_buffer(32)
         ctypes.CDLL(str(LIBRARY)).ZfxGetCrtVersion(version, ctypes.c_uint64(len(version)))
         self.assertEqual(version.value, b"8.4-4:1")
+
+    def test_may_be_unloaded_before_threads_that_used_it_end(self):
+        # A process of its own, for it ends by a signal when a thread's end calls into what is gone.
+        output_of(sys.executable, "-c", f"""
+import ctypes, _ctypes, threading
+path = {str(LIBRARY)!r}
+library = ctypes.CDLL(path)
+used, unloaded = threading.Event(), threading.Event()
+def use():
+    library.ZfxGetSourceLocation(b"f", b"x.c", ctypes.c_int32(1))
+    library.ZfxReadRCS(b"NAME", ctypes.c_uint32(7))
+    used.set()
+    unloaded.wait()
+thread = threading.Thread(target=use)
+thread.start()
+used.wait()
+_ctypes.dlclose(library._handle)
+assert path not in open("/proc/self/maps").read(), "still loaded"
+unloaded.set()
+thread.join()
+""")
 
     def test_is_also_there_as_an_archive(self):
         defined = set(re.findall(r" [TDB] (\w+)$", output_of("nm", "--defined-only", str(ARCHIVE)), re.M))
