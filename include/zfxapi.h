@@ -1,7 +1,7 @@
 /**
  * @file zfxapi.h
- * What every other header of zorvcrt needs: the fixed-width types that the declarations are made of, the export
- * macro, the C-linkage brackets and the attribute that lets the compiler check printf arguments.
+ * What every other header of zorvcrt needs: the fixed-width types that the declarations are made of, the
+ * export macro, the C-linkage brackets and the attribute that lets the compiler check printf arguments.
  */
 #ifndef ZORVCRT_ZFXAPI_H
 #define ZORVCRT_ZFXAPI_H

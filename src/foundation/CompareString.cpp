@@ -2,8 +2,8 @@
 // wrappers.
 #include "CompareString.h"
 
-#include <ctype.h>
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 
 #include "CompareString_blocks.hpp"

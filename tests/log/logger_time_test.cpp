@@ -70,7 +70,7 @@ TEST(LogLineTime, FollowsEveryChangeOfTheZoneWithinASecond) {
                          nullptr,
                          "Asia/Tokyo",
                          "",
-                         "XXX-5:45",
+                         "XYZ-5:45",
                          "No/Such/Zone",
                          "CET-1CEST,M3.5.0,M10.5.0/3",
                          "UTC0",
@@ -78,7 +78,7 @@ TEST(LogLineTime, FollowsEveryChangeOfTheZoneWithinASecond) {
                          "",
                          long_zone.c_str(),
                          other_long_zone.c_str(),
-                         "XXX-5:45"};
+                         "XYZ-5:45"};
   for (const char *zone : zones) {
     const support::EnvironmentVariable in_force("TZ", zone);
     EXPECT_EQ(logger.line_at(kNow), expected_at(kNow)) << (zone == nullptr ? "unset" : zone);
