@@ -1,8 +1,8 @@
 // Group sections: whose lines are kept, by the supplementary groups of the process and by nothing else.
 #include <grp.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <string>
 #include <vector>
@@ -11,35 +11,37 @@
 
 namespace {
 
+// What getgroups tells instead of the truth.
+const std::vector<gid_t> *pretended_groups = nullptr;
 bool getgroups_fails = false;
 
 }  // namespace
 
 // Takes the place of the system's for the library, too.
 extern "C" int getgroups(int size, gid_t *list) noexcept {
-  if (getgroups_fails) {
+  const bool has_room =
+      pretended_groups == nullptr || static_cast<std::size_t>(size) >= pretended_groups->size();
+  if (getgroups_fails || !has_room) {
     errno = EINVAL;
     return -1;
   }
-  return static_cast<int>(::syscall(SYS_getgroups, size, list));
+  if (pretended_groups == nullptr) return static_cast<int>(::syscall(SYS_getgroups, size, list));
+  std::copy(pretended_groups->begin(), pretended_groups->end(), list);
+  return static_cast<int>(pretended_groups->size());
 }
 
 namespace {
 
 using namespace settings_test;
 
-// A test in which the process is in the groups 40001 and 40002 and its primary group is "primary".
+// A test with groups 40001 to 40003 and with the primary group of the process as "primary".
 class SettingsGroups : public FixedPathSettingsTest {
  protected:
   void SetUp() override {
     FixedPathSettingsTest::SetUp();
     if (IsSkipped()) return;
     support::write_group_file("one:x:40001:\ntwo:x:40002:\nMixed:x:40002:\nother:x:40003:\nprimary:x:" +
-                              std::to_string(::getgid()) + ":" + "\n");
-  }
-
-  void enter_groups(const std::vector<gid_t> &groups) {
-    if (::setgroups(groups.size(), groups.data()) != 0) GTEST_SKIP() << "supplementary groups cannot be set";
+                              std::to_string(::getgid()) + ":\n");
   }
 
   // Whether the lines below the header are kept.
@@ -50,24 +52,20 @@ class SettingsGroups : public FixedPathSettingsTest {
   }
 };
 
+// A test in which the process seems to be in the groups 40001 and 40002.
 class SettingsGroupsMember : public SettingsGroups {
  protected:
   void SetUp() override {
     SettingsGroups::SetUp();
-    if (IsSkipped()) return;
-    before_.resize(static_cast<std::size_t>(::getgroups(0, nullptr)));
-    ::getgroups(static_cast<int>(before_.size()), before_.data());
-    enter_groups({40001, 40002});
+    pretended_groups = &groups_;
   }
   void TearDown() override {
-    if (!IsSkipped()) {
-      EXPECT_EQ(::setgroups(before_.size(), before_.data()), 0);
-    }
+    pretended_groups = nullptr;
+    getgroups_fails = false;
     SettingsGroups::TearDown();
   }
 
- private:
-  std::vector<gid_t> before_;
+  std::vector<gid_t> groups_ = {40001, 40002};
 };
 
 TEST_F(SettingsGroupsMember, KeepsTheSectionOfASupplementaryGroup) {
@@ -115,13 +113,11 @@ TEST_F(SettingsGroupsMember, TakesAGroupNameThatIsAsLongAsALine) {
 TEST_F(SettingsGroupsMember, BelongsToNoGroupWhenTheListCannotBeRead) {
   getgroups_fails = true;
   EXPECT_FALSE(is_kept("[GROUP:one]"));
-  getgroups_fails = false;
 }
 
 TEST_F(SettingsGroupsMember, ReadsTheLongestListThatTheKernelAllows) {
-  std::vector<gid_t> groups(65536, 40003);
-  groups[0] = 40001;
-  enter_groups(groups);
+  groups_.assign(65536, 40003);
+  groups_.back() = 40001;
   EXPECT_TRUE(is_kept("[GROUP:one]"));
 }
 
@@ -147,10 +143,48 @@ TEST_F(SettingsGroupsMember, PrintShowsTheGroupLevelWithTheEnvironmentOverIt) {
       << output.text();
 }
 
-TEST_F(SettingsGroups, UserAndPrimaryGroupGiveNoMembership) {
-  if (::getgroups(0, nullptr) != 0 && ::setgroups(0, nullptr) != 0) {
-    GTEST_SKIP() << "supplementary groups cannot be given up";
+// The code blocks behind the heading.
+std::vector<std::string> blocks_of_the_guide(const std::string &heading) {
+  const std::string fence = "```\n";
+  std::string text = support::read_file(ZORVCRT_SOURCE_DIR "/docs/settings.md");
+  text.erase(0, text.find(heading));
+  text.erase(text.find("\n## For"));
+  std::vector<std::string> blocks;
+  for (std::size_t start = text.find(fence); start != std::string::npos; start = text.find(fence, start)) {
+    const std::size_t end = text.find(fence, start += fence.size());
+    blocks.push_back(text.substr(start, end - start));
+    start = end + fence.size();
   }
+  return blocks;
+}
+
+TEST_F(SettingsGroupsMember, TheExampleOfTheGuideIsTrue) {
+  const std::vector<std::string> blocks = blocks_of_the_guide("## A worked example");
+  ASSERT_EQ(blocks.size(), 4U);
+  support::write_group_file("dba:x:40001:\n");
+  support::write_file("/usr/local/zorv/var/conf/sys/quor.conf", blocks[0]);
+  support::write_file("/usr/local/zorv/var/conf/sys/quor.d/10-site.conf", blocks[1]);
+  support::write_file(std::string(support::kPrivateHome) + "/.ZORVrcs", blocks[2]);
+  support::make_link("/usr/local/zorv/sys/lib/libquor.so.8", "/usr/local/zorv/sys/lib/libquor.so");
+  support::CapturedDescriptor output(1);
+  QuorConfPrint();
+  EXPECT_EQ(output.text(), blocks[3]);
+}
+
+TEST_F(SettingsGroups, AsksTheSystemForTheSupplementaryGroups) {
+  std::vector<gid_t> before(static_cast<std::size_t>(::getgroups(0, nullptr)));
+  ::getgroups(static_cast<int>(before.size()), before.data());
+  const gid_t one = 40001;
+  if (::setgroups(1, &one) != 0) GTEST_SKIP() << "supplementary groups cannot be set";
+  EXPECT_TRUE(is_kept("[GROUP:one]"));
+  EXPECT_FALSE(is_kept("[GROUP:two]"));
+  EXPECT_EQ(::setgroups(0, nullptr), 0);
+  EXPECT_FALSE(is_kept("[GROUP:one,two,other,primary]"));
+  EXPECT_EQ(::setgroups(before.size(), before.data()), 0);
+}
+
+TEST_F(SettingsGroupsMember, UserAndPrimaryGroupGiveNoMembership) {
+  groups_.clear();
   EXPECT_FALSE(is_kept("[GROUP:primary]"));
   EXPECT_FALSE(is_kept("[GROUP:one,two,other]"));
 }
