@@ -13,7 +13,8 @@
  *
  * Threads: the tree, the settings path and the cursor are process-wide and not locked. Load before threads
  * start; from then on QuorConfQuery() may be called from all of them as long as nobody changes the settings
- * or the environment. A load sets environment variables and, for a moment, changes the current directory.
+ * or the environment. During a load other threads may for moments see another current directory and an
+ * environment without its variables.
  *
  * Where a function loads "or ends the process": when `__KERNEL_DEVELOPER` names no absolute path, or neither
  * that file nor "./.ZORVrcs" can be opened, it prints "Cannot load config file! (#9091) " and the system's

@@ -11,8 +11,8 @@ namespace zorvcrt::settings {
 /// is passed over in silence.
 void export_setting(const char *name, const char *value);
 
-/// Sets the variables of all settings that the environment does not have yet.
-void export_missing(const Tree &tree);
+/// Sets the variables of all settings that the environment does not have yet. To be called once for a tree.
+void export_missing(Tree &tree);
 
 /// Adds one setting at a level as a line of a file would, after removing white space around the name and in
 /// front of the value; at the non-privileged level the variable is set, too, to the value as it was given.

@@ -30,7 +30,8 @@ struct Item : Link {
   UniqueMalloc<char> value;
   std::size_t name_size = 0;
   uint64_t hash = 0;
-  Item *chained = nullptr;  // the next item of the same bucket
+  Item *chained = nullptr;    // the next item of the same bucket
+  bool has_variable = false;  // found or set in the environment by the export of the tree
 };
 
 /// The items by the hash of their names. Without memory to grow it only gets slower.
@@ -41,6 +42,7 @@ class ItemIndex {
   ItemIndex &operator=(const ItemIndex &) = delete;
   ~ItemIndex();
 
+  [[nodiscard]] std::size_t size() const { return item_count_; }
   [[nodiscard]] Item *find(const Key &key) const;
   void insert(Item &item);
   void remove(const Item &item);
@@ -71,6 +73,8 @@ class Section {
   /// Whether the level has occurred, be it without a setting that was kept.
   [[nodiscard]] bool exists() const { return exists_; }
   void establish() { exists_ = true; }
+
+  [[nodiscard]] std::size_t size() const { return index_.size(); }
 
   /// The walk over the items; null is behind either end.
   [[nodiscard]] Item *first() const { return item_or_end(items_.next); }

@@ -13,6 +13,14 @@ Section &Tree::section(int32_t level) {
   return sections_.back();
 }
 
+std::size_t Tree::size() const {
+  std::size_t size = 0;
+  for (const Section &section : sections_) {
+    size += section.size();
+  }
+  return size;
+}
+
 const char *Tree::find(std::string_view name, int32_t mask) const {
   const Key key(name);
   for (auto section = sections_.rbegin(); section != sections_.rend(); ++section) {
@@ -41,6 +49,13 @@ bool Tree::remove(int32_t level, std::string_view name) {
   Item *item = target.find(Key(name));
   if (item != nullptr) erase(target, item);
   return item != nullptr;
+}
+
+void Tree::note_variable(std::string_view name) {
+  const Key key(name);
+  for (const Section &section : sections_) {
+    if (Item *item = section.find(key); item != nullptr) item->has_variable = true;
+  }
 }
 
 void Tree::erase(Section &section, Item *item) {

@@ -18,6 +18,9 @@ class Tree {
   /// All levels, the lowest first, whether they have occurred or not.
   [[nodiscard]] const Sections &sections() const { return sections_; }
 
+  /// The number of settings on all levels.
+  [[nodiscard]] std::size_t size() const;
+
   /// Makes the level occur; see Section::exists().
   void establish(int32_t level) { section(level).establish(); }
 
@@ -29,6 +32,9 @@ class Tree {
 
   /// Removes a name from a level; tells whether it was there.
   bool remove(int32_t level, std::string_view name);
+
+  /// Notes at all levels that there is an environment variable of the name.
+  void note_variable(std::string_view name);
 
   /// Puts the cursor on the first item of all and returns that, or null.
   Item *rewind();

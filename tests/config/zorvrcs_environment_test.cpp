@@ -1,5 +1,7 @@
 // What a load puts into the process environment: the export of all settings and the block size.
+#include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "zorvrcs_fixture.hpp"
@@ -52,6 +54,56 @@ TEST_F(SettingsEnvironment, ExportsFromTheHighestLevelDownAndFromTheLastSettingT
     if ((*entry)[1] == '=') order.push_back(**entry);
   }
   EXPECT_EQ(order, "DCBA");
+}
+
+TEST_F(SettingsEnvironment, KeepsTheVariablesThatWereThere) {
+  for (int i = 0; i < 100; ++i) {
+    ::setenv(("OLD" + std::to_string(i)).c_str(), "old", 1);
+  }
+  prepare("A=1\nOLD50=new\nB=2\n");
+  QuorConfCreate();
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_EQ(variable(("OLD" + std::to_string(i)).c_str()), "old");
+  }
+  EXPECT_EQ(variable("A") + variable("B"), "12");
+  ::setenv("A", "changed", 1);
+  ::setenv("C", "added", 1);
+  ::unsetenv("B");
+  EXPECT_EQ(variable("A"), "changed");
+  EXPECT_EQ(variable("B"), "(unset)");
+  EXPECT_EQ(variable("C"), "added");
+}
+
+TEST_F(SettingsEnvironment, ExportsThousandsOfSettings) {
+  std::string text = "[PRIVILEGED]\nN7=low\nP=1\n[NONPRIVILEGED]\n";
+  for (int i = 0; i < 3000; ++i) {
+    text += "N" + std::to_string(i) + "=" + std::to_string(i) + "\n";
+  }
+  load(text);
+  for (int i = 0; i < 3000; ++i) {
+    ASSERT_EQ(variable(("N" + std::to_string(i)).c_str()), std::to_string(i));
+  }
+  EXPECT_EQ(variable("P"), "1");
+  std::set<std::string_view> names;
+  for (char **entry = environ; *entry != nullptr; ++entry) {
+    const std::string_view name(*entry, std::string_view(*entry).find('='));
+    EXPECT_TRUE(names.insert(name).second) << name << " occurs twice";
+  }
+}
+
+TEST_F(SettingsEnvironment, CopesWithAnEnvironmentOfTheHostsOwnMaking) {
+  for (int variables = 0; variables < 3; ++variables) {
+    prepare("A=1\nB=2\nC=3\n");
+    std::string developer = "__KERNEL_DEVELOPER=" + path("developer.conf");
+    std::string known = "B=known";
+    char *own[] = {developer.data(), variables > 0 ? known.data() : nullptr, nullptr};
+    environ = own;
+    QuorConfCreate();
+    EXPECT_NE(environ, own);
+    EXPECT_EQ(variable("A") + variable("C"), "13");
+    EXPECT_EQ(variable("B"), variables > 0 ? "known" : "2");
+    ::clearenv();
+  }
 }
 
 TEST_F(SettingsEnvironment, PassesOverNamesThatTheEnvironmentRefuses) {

@@ -1,6 +1,9 @@
 // The exported functions over the settings tree, one by one.
+#include <atomic>
 #include <climits>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "zorvrcs_fixture.hpp"
 
@@ -83,6 +86,24 @@ TEST_F(QuorConf, QueryFindsEveryOneOfThousandsOfNames) {
     const std::string expected = i < 2500 ? "(none)" : std::to_string(2 * i);
     ASSERT_EQ(query(("N" + std::to_string(i)).c_str(), 1), expected);
   }
+}
+
+TEST_F(QuorConf, QueryMayRunOnManyThreadsAfterTheLoad) {
+  prepare(kThreeLevels);
+  QuorConfCreate();
+  std::atomic<int> right = 0;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&right] {
+      for (int round = 0; round < 500; ++round) {
+        right += query("A", 1) == "p" && query("A", 7) == "n" && query("X", 7) == "(none)" ? 1 : 0;
+      }
+    });
+  }
+  for (std::thread &thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(right, 2000);
 }
 
 TEST_F(QuorConf, UpdateStoresTheExpandedValueAndExportsItAsGiven) {
@@ -281,11 +302,12 @@ TEST_F(QuorConf, NextSurvivesEveryChangeDuringTheWalk) {
   prepare("A=1\nB=2\nC=3\nD=4\n");
   std::string seen;
   QuorConfStart();
-  while (const char *name = QuorConfNext(nullptr, nullptr)) {
-    seen += name[1] == '\0' ? name : "";
-    if (std::string_view(name) == "A") QuorConfUpdate("B", nullptr);  // the one at the cursor
-    if (std::string_view(name) == "C") QuorConfUpdate("C", nullptr);  // the one behind the cursor
-    if (std::string_view(name) == "D") QuorConfUpdate("E", "5");
+  while (const char *next = QuorConfNext(nullptr, nullptr)) {
+    const std::string name = next;
+    if (name.size() == 1) seen += name;
+    if (name == "A") QuorConfUpdate("B", nullptr);  // the one at the cursor
+    if (name == "C") QuorConfUpdate("C", nullptr);  // the one behind the cursor
+    if (name == "D") QuorConfUpdate("E", "5");
   }
   EXPECT_EQ(seen, "ACDE");
   QuorConfStart();
