@@ -31,6 +31,7 @@
 #include "procwait.h"
 #include "setpname.h"
 #include "sockredir.h"
+#include "tcpsock.h"
 #include "thread.h"
 #include "tls.h"
 #include "zfxsemaphore.h"
