@@ -59,5 +59,6 @@
 #include "sourceloc.h"
 
 /* time */
+#include "timestamps.h"
 
 #endif
