@@ -59,6 +59,7 @@
 #include "sourceloc.h"
 
 /* time */
+#include "iso8601.h"
 #include "timestamps.h"
 
 #endif

@@ -42,7 +42,7 @@ constexpr int kDecember = 11;
 
 // The day set when the first of a month is left backwards, by that month; March has a rule of its own. The
 // last entry serves every month above December.
-constexpr std::array<int8_t, 13> kDayBeforeFirst = {31, 30, 0, 30, 31, 30, 31, 30, 31, 31, 30, 31, 30};
+constexpr std::array<int32_t, 13> kDayBeforeFirst = {31, 30, 0, 30, 31, 30, 31, 30, 31, 31, 30, 31, 30};
 
 // The leap rule of the day roll counts years since 1900, so that 2000 (100) is common and 2024 (124) is not.
 bool rolls_as_leap_year(int years_since_1900) {

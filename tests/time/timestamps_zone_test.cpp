@@ -3,6 +3,7 @@
 
 #include <array>
 #include <climits>
+#include <cstdio>
 #include <iterator>
 #include <map>
 #include <random>
