@@ -60,6 +60,7 @@
 
 /* time */
 #include "iso8601.h"
+#include "rfc2822.h"
 #include "timestamps.h"
 
 #endif

@@ -13,13 +13,14 @@ namespace model {
 
 /// One transition. The first row of the state whose pattern fits what stands at the position is taken; when
 /// none fits, the text is a failure. In a pattern
-///   9  stands for a digit,         n  for no digit here or the end of the text,
+///   9  stands for a digit,         ~  for no digit here or the end of the text,
 ///   *  for any character,          $  for the end of the text,
-///   S  for one of "-./",           P  for one of "+-Z",
-///   w  for white space,            all others for themselves.
+///   |  for one of "-./",           ?  for one of "+-Z",
+///   _  for white space,            all others for themselves.
 /// As many characters are used up as the stores text is long. Each of its letters names the field to which
 /// the character is added as a decimal digit; '0' adds a zero to the field of the letter before, '_' passes
-/// over a character, '=' adds it to the zone text.
+/// over a character, '=' adds it to the zone text, '#' stores the number of the row among those of its state,
+/// from 1.
 struct Row {
   const char *state;
   const char *pattern;
@@ -47,7 +48,7 @@ inline bool fits(std::string_view pattern, std::string_view text) {
     const bool ended = i >= text.size();
     const char c = ended ? '\0' : text[i];
     switch (pattern[i]) {
-      case 'n':
+      case '~':
         if (!ended && is_digit(c)) return false;
         break;
       case '$':
@@ -59,13 +60,13 @@ inline bool fits(std::string_view pattern, std::string_view text) {
       case '*':
         if (ended) return false;
         break;
-      case 'S':
+      case '|':
         if (ended || !is_one_of("-./", c)) return false;
         break;
-      case 'P':
+      case '?':
         if (ended || !is_one_of("+-Z", c)) return false;
         break;
-      case 'w':
+      case '_':
         if (ended || !is_one_of(" \t\n\r", c)) return false;
         break;
       default:
@@ -84,14 +85,19 @@ inline Result run(const std::vector<Row> &table, const char *start, std::string_
   result.state = start;
   while (!text.empty()) {
     const Row *taken = nullptr;
+    int32_t number = 0;
     for (const Row &row : table) {
-      if (taken == nullptr && result.state == row.state && fits(row.pattern, text)) taken = &row;
+      if (taken != nullptr || result.state != row.state) continue;
+      ++number;
+      if (fits(row.pattern, text)) taken = &row;
     }
     if (taken == nullptr) return result;
     const std::string_view stores = taken->stores;
     for (std::size_t i = 0; i < stores.size(); ++i) {
       if (stores[i] == '=') {
         result.zone += text[i];
+      } else if (stores[i] == '#') {
+        result.field['#'] = number;
       } else if (stores[i] == '0') {
         add_digit(result.field[static_cast<std::size_t>(stores[i - 1])], '0');
       } else if (stores[i] != '_') {
