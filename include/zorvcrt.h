@@ -62,5 +62,6 @@
 #include "iso8601.h"
 #include "rfc2822.h"
 #include "timestamps.h"
+#include "zdbclock.h"
 
 #endif
