@@ -59,6 +59,7 @@
 #include "sourceloc.h"
 
 /* time */
+#include "datedelta.h"
 #include "iso8601.h"
 #include "rfc2822.h"
 #include "timestamps.h"

@@ -30,6 +30,11 @@ constexpr bool is_leap_year(int64_t year) {
   return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
 
+/// Tells whether a month, 0 to 11, is April, June, September or November.
+constexpr bool has_thirty_days(int32_t month) {
+  return month == 3 || month == 5 || month == 8 || month == 10;
+}
+
 namespace calendar {
 
 inline constexpr int64_t kDaysPerCycle = 146097;  // 400 years

@@ -67,10 +67,6 @@ void step_back_one_day(tm &record) {
   }
 }
 
-bool has_thirty_days(int month) {
-  return month == 3 || month == 5 || month == 8 || month == 10;
-}
-
 // Tells whether the day behind this one is the first of the next month. A 29 February is followed by a 30th.
 bool ends_month(const tm &record) {
   switch (record.tm_mday) {
