@@ -11,9 +11,16 @@ namespace tools {
 namespace {
 
 // In the order in which they are listed.
+// clang-format off
 constexpr std::array kCommands = {
-    &kStartupCommand, &kSettingsCommand, &kDataareaCommand, &kLogCommand, &kVersionCommand,
+    &kStartupCommand,
+    &kSettingsCommand,
+    &kDataareaCommand,
+    &kLogCommand,
+    &kDateCommand,
+    &kVersionCommand,
 };
+// clang-format on
 
 void print_usage(FILE *stream, const Command &command) {
   const char *space = *command.arguments == '\0' ? "" : " ";
