@@ -1,7 +1,9 @@
 // The Gregorian calendar in plain arithmetic: days since 1970-01-01 to and from year, month and day. Years
-// are counted from March, so that the leap day is the last of its year and of the cycle of 400 years.
+// begin with March, so that the leap day is the last of its year and of the cycle of 400 years.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace zorvcrt {
@@ -37,53 +39,58 @@ constexpr bool has_thirty_days(int32_t month) {
 
 namespace calendar {
 
-inline constexpr int64_t kDaysPerCycle = 146097;  // 400 years
-inline constexpr int64_t kEpochDay = 719468;      // 1970-01-01, counted from 0000-03-01
-inline constexpr int32_t kDaysFromMarch = 306;    // 1 March to 1 January
-inline constexpr int32_t kDaysToMarch = 59;       // 1 January to 1 March of a common year
-inline constexpr int32_t kEpochWeekday = 4;       // a Thursday
+// All dates are shifted by cycles of 400 years, so that none that tm_year can hold is negative.
+inline constexpr int64_t kShiftCycles = 6'000'000;
+inline constexpr int64_t kShiftYears = kShiftCycles * 400;
+inline constexpr int64_t kEpochDay =
+    kShiftCycles * 146'097 + 719'468;        // 1970-01-01 from 1 March of year 0, shifted
+inline constexpr int64_t kFirstWeekday = 3;  // 1 March of year 0 is a Wednesday
 
-// 1 March to the first of a month, 0 for March to 11 for February: 31 and 30 days in turn, but for two 31s
-// every five months.
-constexpr int32_t days_before_month(int32_t month_from_march) {
-  return (153 * month_from_march + 2) / 5;
-}
+inline constexpr uint32_t kDaysFromMarch = 306;  // 1 March to 1 January
+inline constexpr uint32_t kDaysToMarch = 59;     // 1 January to 1 March of a common year
+
+// 1 March to the first of each month, January first.
+inline constexpr std::array<int32_t, kMonthsPerYear> kDaysBeforeMonth = {306, 337, 0,   31,  61,  92,
+                                                                         122, 153, 184, 214, 245, 275};
 
 }  // namespace calendar
 
-/// Days from 1970-01-01 to the first of a month, 0 to 11, of a year as written.
+/// Days from 1970-01-01 to the first of a month, 0 to 11, of a year as written within 2,400,000,000 of year
+/// 0.
 constexpr int64_t days_from_civil(int64_t year, int32_t month) {
-  const bool before_march = month < 2;
-  const int64_t march_year = year - (before_march ? 1 : 0);
-  const int64_t cycle = floor_divide(march_year, 400);
-  const auto year_of_cycle = static_cast<int32_t>(march_year - cycle * 400);
-  const int32_t days = year_of_cycle * 365 + year_of_cycle / 4 - year_of_cycle / 100 +
-                       calendar::days_before_month(before_march ? month + 10 : month - 2);
-  return cycle * calendar::kDaysPerCycle + days - calendar::kEpochDay;
+  const auto march_year = static_cast<uint64_t>(year + calendar::kShiftYears - (month < 2 ? 1 : 0));
+  const uint64_t century = march_year / 100;
+  const uint64_t days = march_year * 365 + march_year / 4 - century + century / 4;
+  return static_cast<int64_t>(days) + calendar::kDaysBeforeMonth[static_cast<std::size_t>(month)] -
+         calendar::kEpochDay;
 }
 
-/// The date that lies a number of days behind 1970-01-01.
+/// The date that lies a number of days behind 1970-01-01, for the years of days_from_civil().
+///
+/// Year and month are each the quotient of a multiplication by a rounded reciprocal whose remainder holds the
+/// next smaller unit: C. Neri, L. Schneider, "Euclidean affine functions and their application to calendar
+/// algorithms", 2022. Divisions by 365 and 153 take twice the time.
 constexpr CivilDay civil_from_days(int64_t days) {
-  const int64_t cycle = floor_divide(days + calendar::kEpochDay, calendar::kDaysPerCycle);
-  const auto day_of_cycle =
-      static_cast<int32_t>(days + calendar::kEpochDay - cycle * calendar::kDaysPerCycle);
-  // Take the leap days passed so far out of the count, and every year has 365 days.
-  const int32_t year_of_cycle =
-      (day_of_cycle - day_of_cycle / 1460 + day_of_cycle / 36524 - day_of_cycle / 146096) / 365;
-  const int32_t day_from_march =
-      day_of_cycle - (year_of_cycle * 365 + year_of_cycle / 4 - year_of_cycle / 100);
-  const int32_t month_from_march = (5 * day_from_march + 2) / 153;
+  const auto quarters = static_cast<uint64_t>(days + calendar::kEpochDay) * 4 + 3;
+  const uint64_t century = quarters / 146'097;
+  const auto quarters_of_century = static_cast<uint32_t>(quarters % 146'097) | 3U;
+  const uint64_t year_product = uint64_t{2'939'745} * quarters_of_century;
+  const auto year_of_century = static_cast<uint32_t>(year_product >> 32);
+  const uint32_t day_from_march = static_cast<uint32_t>(year_product) / 2'939'745 / 4;
+  const uint32_t month_product = 2'141 * day_from_march + 197'913;
+  const uint32_t month_number = month_product >> 16;  // 3 for March to 14 for February
 
-  const bool in_next_year = month_from_march >= 10;
+  const bool in_next_year = day_from_march >= calendar::kDaysFromMarch;
   CivilDay civil{};
-  civil.year = cycle * 400 + year_of_cycle + (in_next_year ? 1 : 0);
-  civil.month = in_next_year ? month_from_march - 10 : month_from_march + 2;
-  civil.day = day_from_march - calendar::days_before_month(month_from_march) + 1;
-  civil.day_of_year = in_next_year
-                          ? day_from_march - calendar::kDaysFromMarch
-                          : day_from_march + calendar::kDaysToMarch + (is_leap_year(civil.year) ? 1 : 0);
-  const auto weekday = static_cast<int32_t>((days + calendar::kEpochWeekday) % kDaysPerWeek);
-  civil.weekday = weekday < 0 ? weekday + kDaysPerWeek : weekday;
+  civil.year =
+      static_cast<int64_t>(century * 100 + year_of_century) - calendar::kShiftYears + (in_next_year ? 1 : 0);
+  civil.month = static_cast<int32_t>(month_number - (in_next_year ? 13 : 1));
+  civil.day = static_cast<int32_t>((month_product & 0xFFFF) / 2'141) + 1;
+  civil.day_of_year = static_cast<int32_t>(in_next_year ? day_from_march - calendar::kDaysFromMarch
+                                                        : day_from_march + calendar::kDaysToMarch +
+                                                              (is_leap_year(civil.year) ? 1 : 0));
+  civil.weekday = static_cast<int32_t>(
+      static_cast<uint64_t>(days + calendar::kEpochDay + calendar::kFirstWeekday) % kDaysPerWeek);
   return civil;
 }
 

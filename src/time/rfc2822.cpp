@@ -8,6 +8,7 @@
 
 #include "digits.hpp"
 #include "iso8601.h"
+#include "name_table.hpp"
 #include "timestamps_utc.hpp"
 #include "timestamps_zone.hpp"
 #include "wrapping.hpp"
@@ -47,22 +48,13 @@ struct WrittenTime {
   std::string_view zone;
 };
 
-constexpr std::size_t kNameLength = 3;
-constexpr std::size_t kUnknown = SIZE_MAX;
-
-constexpr std::array<std::string_view, 7> kWeekdays = {"Mon", "Tue", "Wed", "Thu", "Fri", "Sat", "Sun"};
-constexpr std::array<std::string_view, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                                      "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+constexpr zorvcrt::NameTable kWeekdays(std::array<std::string_view, 7>{"Mon", "Tue", "Wed", "Thu", "Fri",
+                                                                       "Sat", "Sun"});
+constexpr zorvcrt::NameTable kMonths(std::array<std::string_view, 12>{
+    "Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"});
 
 std::string_view beginning_of(std::string_view text, std::size_t length) {
   return {text.data(), std::min(length, text.size())};
-}
-
-// The place of the first name that a text begins with.
-template <std::size_t N>
-std::size_t find_name(const std::array<std::string_view, N> &names, std::string_view text) {
-  const auto *found = std::find(names.begin(), names.end(), beginning_of(text, kNameLength));
-  return found == names.end() ? kUnknown : static_cast<std::size_t>(found - names.begin());
 }
 
 // The white space of mail headers, whatever the locale says.
@@ -132,15 +124,14 @@ class MailDateScanner {
 
   // Takes one character with or without a weekday: this is why a text without one begins with a spare.
   Expected weekday() {
-    const bool known = find_name(kWeekdays, rest_) != kUnknown;
+    const bool known = kWeekdays.find(rest_) != 0;
     take();
     return known ? Expected::kWeekdayEnd : Expected::kDay;
   }
 
   Expected month() {
-    const std::size_t found = find_name(kMonths, rest_);
-    if (found == kUnknown) return Expected::kFailure;
-    written_.month = static_cast<int32_t>(found) + 1;
+    written_.month = kMonths.find(rest_);
+    if (written_.month == 0) return Expected::kFailure;
     take();
     return Expected::kMonthEnd;
   }
