@@ -45,6 +45,8 @@
 #include "zfxsemaphore.h"
 
 /* conv */
+#include "intconv.h"
+#include "realconv.h"
 
 /* config */
 #include "dataarea.h"
