@@ -54,6 +54,8 @@
 #include "zorvrcs.h"
 
 /* json */
+#include "zjson_expression.h"
+#include "zjson_util.h"
 
 /* log */
 #include "logfilename.h"

@@ -12,7 +12,7 @@ namespace zorvcrt {
 
 /// A text as a view; null counts as empty.
 inline std::string_view view_of(const char *text) {
-  return text == nullptr ? std::string_view() : text;
+  return text == nullptr ? "" : text;
 }
 
 /// Copies @p text, cut to @p size - 1 bytes, into a caller's area and terminates it. A null area or a size

@@ -1,0 +1,103 @@
+#include "failing_allocator.hpp"
+
+#include <dlfcn.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+
+namespace support {
+
+namespace {
+
+struct Order {
+  std::size_t count;  // requests seen
+  std::size_t first;  // number of the request that fails, 0 for none
+  std::size_t limit;  // largest request that is served
+  bool persistent;
+  bool failed;
+};
+
+thread_local Order order = {0, 0, SIZE_MAX, false, false};
+
+bool refused(std::size_t size) {
+  ++order.count;
+  const bool ordered =
+      order.first != 0 && (order.persistent ? order.count >= order.first : order.count == order.first);
+  if (!ordered && size <= order.limit) return false;
+  order.failed = true;
+  errno = ENOMEM;
+  return true;
+}
+
+template <class Function>
+Function next_function(const char *name) {
+  Function function = nullptr;
+  void *found = ::dlsym(RTLD_NEXT, name);
+  std::memcpy(&function, &found, sizeof function);
+  return function;
+}
+
+// dlsym() itself may ask for memory while the real calloc is being looked up.
+alignas(16) char bootstrap[4096];
+std::size_t bootstrap_used = 0;
+
+void *bootstrap_block(std::size_t size) {
+  void *block = bootstrap + bootstrap_used;
+  bootstrap_used += (size + 15) / 16 * 16;
+  return block;
+}
+
+}  // namespace
+
+FailingAllocator::FailingAllocator(std::size_t first, bool persistent) {
+  order = {0, first, SIZE_MAX, persistent, false};
+}
+
+bool FailingAllocator::stop() {
+  if (order.first != 0) failed_ = order.failed;
+  order.first = 0;
+  return failed_;
+}
+
+LimitedAllocator::LimitedAllocator(std::size_t limit) {
+  order = {0, 0, limit, false, false};
+}
+
+LimitedAllocator::~LimitedAllocator() {
+  order.limit = SIZE_MAX;
+}
+
+std::size_t allocations_since_last_call() {
+  const std::size_t count = order.count;
+  order.count = 0;
+  return count;
+}
+
+}  // namespace support
+
+extern "C" {
+
+void *malloc(std::size_t size) {
+  static const auto next = support::next_function<void *(*)(std::size_t)>("malloc");
+  return support::refused(size) ? nullptr : next(size);
+}
+
+void *calloc(std::size_t count, std::size_t size) {
+  static void *(*next)(std::size_t, std::size_t) = nullptr;
+  static bool looking = false;
+  if (next == nullptr) {
+    if (looking) return support::bootstrap_block(count * size);
+    looking = true;
+    next = support::next_function<void *(*)(std::size_t, std::size_t)>("calloc");
+    looking = false;
+  }
+  return support::refused(count * size) ? nullptr : next(count, size);
+}
+
+void *realloc(void *block, std::size_t size) {
+  static const auto next = support::next_function<void *(*)(void *, std::size_t)>("realloc");
+  return support::refused(size) ? nullptr : next(block, size);
+}
+
+}  // extern "C"
