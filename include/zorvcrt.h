@@ -54,6 +54,7 @@
 #include "zorvrcs.h"
 
 /* json */
+#include "scanner.h"
 #include "zjson_expression.h"
 #include "zjson_util.h"
 

@@ -12,10 +12,11 @@ namespace zorvcrt {
 /// calloc, which on this libc passes by the per-thread cache of freed blocks (1.5 times the time at 64 bytes).
 [[gnu::always_inline]] inline void *zero_filled_small(std::size_t size) {
   void *block = std::malloc(size);
+#ifndef __clang_analyzer__  // which would lose the block here
   // Keeps the compiler from seeing malloc and memset together and making them the calloc avoided here.
   __asm__("" : "+r"(block));
-  if (block != nullptr) std::memset(block, 0, size);
-  return block;  // NOLINT(clang-analyzer-unix.Malloc): the analyzer loses sight of the block at the barrier
+#endif
+  return block == nullptr ? nullptr : std::memset(block, 0, size);
 }
 
 /// A zero-filled record in a block of its own, or null.

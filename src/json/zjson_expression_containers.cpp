@@ -1,6 +1,7 @@
 // Arrays, objects and members: their making, look-up and change.
 #include <malloc.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
@@ -73,8 +74,7 @@ void remove_at(ZJsonObject *object, int32_t index) {
   if (index == kNotFound) return;
   ZJsonMember **slot = object->members + index;
   ZJsonMember_Delete(*slot);
-  const auto behind = static_cast<std::size_t>(object->count - index - 1);
-  std::memmove(slot, slot + 1, behind * sizeof *slot);
+  std::copy(slot + 1, object->members + object->count, slot);
   object->members[--object->count] = nullptr;
 }
 
