@@ -54,9 +54,11 @@
 #include "zorvrcs.h"
 
 /* json */
+#include "grammar.h"
 #include "scanner.h"
 #include "zjson_expression.h"
 #include "zjson_util.h"
+#include "zjsondriver.h"
 
 /* log */
 #include "logfilename.h"

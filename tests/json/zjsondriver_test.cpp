@@ -1,0 +1,208 @@
+#include "zjsondriver.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "failing_allocator.hpp"
+#include "files.hpp"
+#include "zfxmemory.h"
+#include "zjson_util.h"
+
+namespace {
+
+struct Deleter {
+  void operator()(ZJsonExpression *document) const { ZJsonExpression_Delete(document); }
+  void operator()(char *text) const { ZfxMemFree(text); }
+};
+using Document = std::unique_ptr<ZJsonExpression, Deleter>;
+
+// The document printed, or its message.
+std::string outcome_of(const ZJsonExpression *document) {
+  if (document == nullptr) return "no document";
+  if (document->root == nullptr) return document->errorMessage;
+  char *out = nullptr;
+  ZJsonExpression_ToString(document, &out, 0);
+  return std::unique_ptr<char, Deleter>(out).get();
+}
+
+std::string parse(const std::string &text) {
+  return outcome_of(Document(ZJsonExpression_Parse(text.data(), static_cast<int32_t>(text.size()))).get());
+}
+
+constexpr char kEmptyMessage[] = "line #1.1: syntax error, unexpected $end, expecting O_BEGIN or A_BEGIN";
+
+TEST(ZJsonExpression_Parse, ParsesTheGivenBytesOnly) {
+  EXPECT_EQ(outcome_of(Document(ZJsonExpression_Parse("[12345]", 7)).get()), "[12345]");
+  EXPECT_EQ(outcome_of(Document(ZJsonExpression_Parse("[1]2345]", 3)).get()), "[1]");
+  EXPECT_EQ(outcome_of(Document(ZJsonExpression_Parse("[12345]", 3)).get()),
+            "line #1.4: syntax error, unexpected $end, expecting A_END or COMMA");
+}
+
+TEST(ZJsonExpression_Parse, TakesNoBytesForAnEmptyError) {
+  for (const int32_t length : {0, -1, INT_MIN}) {
+    EXPECT_EQ(outcome_of(Document(ZJsonExpression_Parse("[1]", length)).get()), kEmptyMessage);
+    EXPECT_EQ(outcome_of(Document(ZJsonExpression_Parse(nullptr, length)).get()), kEmptyMessage);
+  }
+  EXPECT_EQ(outcome_of(Document(ZJsonExpression_Parse(nullptr, 5)).get()), kEmptyMessage);
+}
+
+TEST(ZJsonExpression_Parse, DropsWhiteSpaceAndZerosAtTheEnd) {
+  EXPECT_EQ(parse(std::string("[1] \t\n\r\0\0 ", 10)), "[1]");
+  EXPECT_EQ(parse(std::string(" \t\n\r\0 ", 6)), kEmptyMessage);
+  EXPECT_EQ(parse("[1]\v"), "line #1.5: syntax error, unexpected $undefined, expecting $end");
+  EXPECT_EQ(parse("[1]\f"), "line #1.5: syntax error, unexpected $undefined, expecting $end");
+  EXPECT_EQ(parse("\"a\"\n"), "line #1.4: syntax error, unexpected STRING, expecting O_BEGIN or A_BEGIN");
+}
+
+TEST(ZJsonExpression_Parse, NeitherChangesNorKeepsTheText) {
+  std::string text = "{\"name\":[1,\"two\"]}\n\n";
+  const std::string before = text;
+  const Document document(ZJsonExpression_Parse(text.data(), static_cast<int32_t>(text.size())));
+  EXPECT_EQ(text, before);
+  text.assign(text.size(), 'x');
+  EXPECT_EQ(outcome_of(document.get()), "{\"name\":[1,\"two\"]}");
+}
+
+TEST(ZJsonExpression_Parse, ReadsNoByteBehindTheText) {
+  // Exactly as large as the text, so that a sanitizer sees each read behind it.
+  const std::string texts[] = {"[",
+                               "[1",
+                               "[1.",
+                               "[1.5",
+                               "[1e",
+                               "[1e+",
+                               "[-",
+                               "[t",
+                               "[tru",
+                               "[\"",
+                               "[\"a",
+                               "[\"\\",
+                               "[\"0123456789abcde",
+                               "[\"0123456789abcdef",
+                               "[                ",
+                               "{\"a\":",
+                               "[fals"};
+  for (const std::string &text : texts) {
+    const std::unique_ptr<char[]> exact(new char[text.size()]);
+    std::memcpy(exact.get(), text.data(), text.size());
+    const Document document(ZJsonExpression_Parse(exact.get(), static_cast<int32_t>(text.size())));
+    EXPECT_EQ(document->root, nullptr) << text;
+  }
+}
+
+TEST(ZJsonExpression_Parse, TakesAStringOfManyMegabytes) {
+  const std::string text = "[\"" + std::string(100000000, 'x') + "\"]";
+  const Document document(ZJsonExpression_Parse(text.data(), static_cast<int32_t>(text.size())));
+  EXPECT_EQ(std::strlen(document->root->array->items[0]->string), 100000000U);
+}
+
+TEST(ZJsonExpression_ParseFile, ParsesAFile) {
+  const support::TemporaryFolder folder;
+  support::write_file(folder / "a.json", "\n{ \"a\" : [ 1 , 2 ] }\n");
+  ZJsonExpression *document = nullptr;
+  EXPECT_EQ(ZJsonExpression_ParseFile(&document, (folder / "a.json").c_str()), 0);
+  EXPECT_EQ(outcome_of(Document(document).get()), "{\"a\":[1,2]}");
+}
+
+TEST(ZJsonExpression_ParseFile, GivesADocumentWithTheMessageOfASyntaxError) {
+  const support::TemporaryFolder folder;
+  support::write_file(folder / "bad.json", "[1,\n2");
+  ZJsonExpression *document = nullptr;
+  EXPECT_EQ(ZJsonExpression_ParseFile(&document, (folder / "bad.json").c_str()), 0);
+  EXPECT_EQ(outcome_of(Document(document).get()),
+            "line #2.1: syntax error, unexpected $end, expecting A_END or COMMA");
+}
+
+TEST(ZJsonExpression_ParseFile, RefusesNullArguments) {
+  EXPECT_EQ(ZJsonExpression_ParseFile(nullptr, "/dev/null"), EINVAL);
+  ZJsonExpression *document = nullptr;
+  EXPECT_EQ(ZJsonExpression_ParseFile(&document, nullptr), EINVAL);
+}
+
+TEST(ZJsonExpression_ParseFile, ReturnsTheErrnoOfAFileThatCannotBeOpenedAndLeavesTheResultAlone) {
+  const support::TemporaryFolder folder;
+  ZJsonExpression mark = {nullptr, nullptr};
+  ZJsonExpression *document = &mark;
+  EXPECT_EQ(ZJsonExpression_ParseFile(&document, (folder / "absent").c_str()), ENOENT);
+  EXPECT_EQ(ZJsonExpression_ParseFile(&document, ""), ENOENT);
+  EXPECT_EQ(document, &mark);
+}
+
+TEST(ZJsonExpression_ParseFile, ClosesTheFile) {
+  const support::TemporaryFolder folder;
+  support::write_file(folder / "a.json", "[]");
+  const int before = support::open_descriptors();
+  ZJsonExpression *document = nullptr;
+  ZJsonExpression_ParseFile(&document, (folder / "a.json").c_str());
+  ZJsonExpression_Delete(document);
+  EXPECT_EQ(support::open_descriptors(), before);
+}
+
+TEST(ZJsonExpression_ParseFile, Returns63WhenMemoryRunsOut) {
+  const support::TemporaryFolder folder;
+  support::write_file(folder / "a.json", "[]");
+  const std::string path = folder / "a.json";
+  ZJsonExpression mark = {nullptr, nullptr};
+  ZJsonExpression *document = &mark;
+  const support::FailingAllocator failing(2);  // the first is the stream's, the second the scanner's
+  EXPECT_EQ(ZJsonExpression_ParseFile(&document, path.c_str()), 63);
+  EXPECT_EQ(document, nullptr);
+}
+
+Document parse_stream(const std::string &text) {
+  FILE *stream = std::tmpfile();
+  std::fwrite(text.data(), 1, text.size(), stream);
+  std::rewind(stream);
+  Document document(ZJsonExpression_ParseStream(stream));
+  EXPECT_EQ(std::fclose(stream), 0);  // it is still open
+  return document;
+}
+
+TEST(ZJsonExpression_ParseStream, ReadsToTheEndWithoutTrimming) {
+  EXPECT_EQ(outcome_of(parse_stream("[1]\n\n").get()), "[1]");
+  EXPECT_EQ(outcome_of(parse_stream("").get()), kEmptyMessage);
+  EXPECT_EQ(outcome_of(parse_stream(" ").get()),
+            "line #1.2: syntax error, unexpected $undefined, expecting O_BEGIN or A_BEGIN");
+  EXPECT_EQ(outcome_of(parse_stream(std::string("[1]\0x", 5)).get()), "[1]");
+}
+
+TEST(ZJsonExpression_ParseStream, ReadsDocumentsOfManyBlocks) {
+  std::string text = "[";
+  while (text.size() < 300000)
+    text += "{\"some name\":[1,2.5,\"text " + std::to_string(text.size()) + "\"]},";
+  text += "\"" + std::string(200000, 'x') + "\"]";
+  EXPECT_TRUE(outcome_of(parse_stream(text).get()) == text);
+}
+
+TEST(ZJsonExpression_ParseStreamDeathTest, EndsTheProcessAtALineFeedThatNoTokenTakesIn) {
+  EXPECT_EXIT(parse_stream("\n"), ::testing::ExitedWithCode(2), "^flex scanner jammed\n$");
+  EXPECT_EXIT(parse("[\"a\"\n\"b\"]"), ::testing::ExitedWithCode(2), "^flex scanner jammed\n$");
+}
+
+// Every corpus file in the folder that the environment names parses from memory and from the file to the same
+// document.
+TEST(ZJsonExpression_ParseFile, ReadsTheCorpora) {
+  const char *folder = std::getenv("ZORVCRT_JSON_CORPORA");
+  if (folder == nullptr) GTEST_SKIP() << "ZORVCRT_JSON_CORPORA names no folder";
+  int files = 0;
+  for (const auto &entry : std::filesystem::directory_iterator(folder)) {
+    if (entry.path().extension() != ".json") continue;
+    const std::string text = support::read_file(entry.path());
+    const std::string compact = parse(text);
+    ASSERT_TRUE(compact.starts_with("{") || compact.starts_with("[")) << entry.path() << compact;
+    ZJsonExpression *document = nullptr;
+    ASSERT_EQ(ZJsonExpression_ParseFile(&document, entry.path().c_str()), 0);
+    ASSERT_TRUE(outcome_of(Document(document).get()) == compact) << entry.path();
+    ++files;
+  }
+  EXPECT_GT(files, 0);
+}
+
+}  // namespace
