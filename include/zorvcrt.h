@@ -15,6 +15,7 @@
 #include "TrimString.h"
 #include "crtvers.h"
 #include "format.h"
+#include "strbuf.h"
 #include "zfxmemory.h"
 
 /* os */
