@@ -14,8 +14,10 @@
 #include "NextToken.h"
 #include "TrimString.h"
 #include "crtvers.h"
+#include "dllist.h"
 #include "format.h"
 #include "strbuf.h"
+#include "strptrlist.h"
 #include "zfxmemory.h"
 
 /* os */
