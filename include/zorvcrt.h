@@ -52,6 +52,7 @@
 #include "realconv.h"
 
 /* config */
+#include "conf.h"
 #include "dataarea.h"
 #include "readrcs.h"
 #include "zorvrcs.h"
