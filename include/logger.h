@@ -15,8 +15,8 @@
  * mix: a line reaches its file by one write, so lines of several processes that append to one local file stay
  * whole too. Changing the level or the callback and deleting are for the host to keep apart from logging.
  *
- * Logging leaves errno as it found it and "%m" works. A thread that is cancelled while it logs to a stream
- * finishes the line first. It needs about 10 KiB of stack.
+ * No function is meant for signal handlers. Logging leaves errno as it found it and "%m" works. A thread that
+ * is cancelled while it logs to a stream finishes the line first. It needs about 10 KiB of stack.
  */
 #ifndef ZORVCRT_LOGGER_H
 #define ZORVCRT_LOGGER_H

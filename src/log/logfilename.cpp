@@ -1,7 +1,6 @@
 // Composition of log file names.
 #include "logfilename.h"
 
-#include <pthread.h>
 #include <unistd.h>
 
 #include <cinttypes>
@@ -12,6 +11,7 @@
 #include "handles.hpp"
 #include "readrcs.h"
 #include "text_writer.hpp"
+#include "thread.h"
 #include "writable_text.hpp"
 
 namespace {
@@ -71,7 +71,7 @@ char *compose(char *buffer, const Folder &folder, const char *name, const char *
   TextWriter path(area);
   path.append(folder.path).append(folder.separator).append(view_of(name));
   if (with.process) path.append("_").append_number(::getpid());
-  if (with.thread) path.append("_").append_number(static_cast<uint32_t>(::pthread_self()));
+  if (with.thread) path.append("_").append_number(static_cast<uint32_t>(ZfxGetCurrentThreadId()));
   if (with.time) append_time(path);
   path.append(".").append(extension_without_dot(extension));
 

@@ -30,10 +30,15 @@ std::optional<std::string> owned(char *answer) {
   return text;
 }
 
-// Asks in a thread of its own, which has no copy of the file yet.
+// Runs the actions in a thread of their own, which has no copy of the file yet.
+template <class Actions>
+void in_a_thread(Actions actions) {
+  std::thread(actions).join();
+}
+
 std::optional<std::string> ask(const char *name) {
   std::optional<std::string> text;
-  std::thread([&] { text = owned(ZfxReadRCS(name, 7)); }).join();
+  in_a_thread([&] { text = owned(ZfxReadRCS(name, 7)); });
   return text;
 }
 
@@ -50,6 +55,15 @@ class ReadRCS : public support::FixedPathsTest {
     return ask(name);
   }
 };
+
+// First in the file: the library has no key yet.
+TEST_F(ReadRCS, ClosesWithoutAKeyAsASuccess) {
+  in_a_thread([] {
+    EXPECT_EQ(ZfxCloseRCS(), 0);
+    support::write_file(kSystemFile, "NAME=x\n");
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "x");
+  });
+}
 
 TEST_F(ReadRCS, AnswersWithTheValueOfALineWithoutItsComment) {
   EXPECT_EQ(answer_of("quor_log=/var/log/x  # comment\n", "QUOR_LOG"), "/var/log/x");
@@ -129,53 +143,65 @@ TEST_F(ReadRCS, GivesNullWithoutAFileEvenWhenTheEnvironmentKnowsTheName) {
 }
 
 TEST_F(ReadRCS, TriesTheFilesAgainAfterThereWereNone) {
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), std::nullopt);
-  support::write_file(kSystemFile, "NAME=x\n");
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "x");
+  in_a_thread([] {
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), std::nullopt);
+    support::write_file(kSystemFile, "NAME=x\n");
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "x");
+  });
 }
 
 TEST_F(ReadRCS, PrefersTheEnvironmentAtTheFirstQuestionAndWithACopy) {
-  support::write_file(kSystemFile, "NAME=file\n");
-  const EnvironmentVariable variable("NAME", "environment");
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "environment");
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "environment");
-  ::unsetenv("NAME");
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "file");
-  ::setenv("NAME", "", 1);
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "");
+  in_a_thread([] {
+    support::write_file(kSystemFile, "NAME=file\n");
+    const EnvironmentVariable variable("NAME", "environment");
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "environment");
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "environment");
+    ::unsetenv("NAME");
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "file");
+    ::setenv("NAME", "", 1);
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "");
+  });
 }
 
 TEST_F(ReadRCS, ReadsAnEmptyFileAgainAtEachQuestion) {
-  support::write_file(kSystemFile, "");
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), std::nullopt);
-  {
-    const EnvironmentVariable variable("NAME", "environment");
-    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "environment");
-  }
-  support::write_file(kSystemFile, "NAME=x\n");
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "x");
+  in_a_thread([] {
+    support::write_file(kSystemFile, "");
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), std::nullopt);
+    {
+      const EnvironmentVariable variable("NAME", "environment");
+      EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "environment");
+    }
+    support::write_file(kSystemFile, "NAME=x\n");
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "x");
+  });
 }
 
 TEST_F(ReadRCS, KeepsAFileOfBlankLines) {
-  support::write_file(kSystemFile, "\n");
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), std::nullopt);
-  support::write_file(kSystemFile, "NAME=x\n");
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), std::nullopt);
+  in_a_thread([] {
+    support::write_file(kSystemFile, "\n");
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), std::nullopt);
+    support::write_file(kSystemFile, "NAME=x\n");
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), std::nullopt);
+  });
 }
 
 TEST_F(ReadRCS, NeverReadsAFileASecondTimeInOneThread) {
-  support::write_file(kSystemFile, "NAME=old\n");
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "old");
-  support::write_file(kSystemFile, "NAME=new\n");
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "old");
-  EXPECT_EQ(ask("NAME"), "new");
+  in_a_thread([] {
+    support::write_file(kSystemFile, "NAME=old\n");
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "old");
+    support::write_file(kSystemFile, "NAME=new\n");
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "old");
+    EXPECT_EQ(ask("NAME"), "new");
+  });
 }
 
 TEST_F(ReadRCS, DoesNotLookAtTheMask) {
-  support::write_file(kSystemFile, "NAME=x\n");
-  for (const uint32_t mask : {0U, 1U, 7U, UINT32_MAX}) {
-    EXPECT_EQ(owned(ZfxReadRCS("NAME", mask)), "x");
-  }
+  in_a_thread([] {
+    support::write_file(kSystemFile, "NAME=x\n");
+    for (const uint32_t mask : {0U, 1U, 7U, UINT32_MAX}) {
+      EXPECT_EQ(owned(ZfxReadRCS("NAME", mask)), "x");
+    }
+  });
 }
 
 TEST_F(ReadRCS, GivesNullForANullName) {
@@ -194,10 +220,12 @@ TEST_F(ReadRCS, TakesAFolderForAnEmptyFile) {
 }
 
 TEST_F(ReadRCS, LeavesNoDescriptorOpen) {
-  support::write_file(kSystemFile, "NAME=x\n");
-  const int before = support::open_descriptors();
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "x");
-  EXPECT_EQ(support::open_descriptors(), before);
+  in_a_thread([] {
+    support::write_file(kSystemFile, "NAME=x\n");
+    const int before = support::open_descriptors();
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "x");
+    EXPECT_EQ(support::open_descriptors(), before);
+  });
 }
 
 TEST_F(ReadRCS, ReadsALargeFile) {
@@ -259,19 +287,21 @@ TEST_F(ReadRCS, EqualsThePlainModelOnRandomFiles) {
 }
 
 TEST_F(ReadRCS, KeepsCopiesApartByKey) {
-  uint32_t key = 0;
-  ASSERT_EQ(ZfxCreateTLS(&key, tlsRCSDealloc), 0);
-  EXPECT_EQ(ZfxOpenTlsRCS(key), 0);
-  support::write_file(kSystemFile, "NAME=one\n");
-  EXPECT_EQ(owned(ZfxReadTlsRCS(key, "NAME", 7)), "one");
-  support::write_file(kSystemFile, "NAME=two\n");
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "two");
-  EXPECT_EQ(owned(ZfxReadTlsRCS(key, "NAME", 7)), "one");
-  ZfxCloseTlsRCS(key);
-  EXPECT_EQ(ZfxGetTLSValue(key), nullptr);
-  EXPECT_EQ(owned(ZfxReadTlsRCS(key, "NAME", 7)), "two");
-  ZfxCloseTlsRCS(key);
-  EXPECT_EQ(ZfxDeleteTLS(key), 0);
+  in_a_thread([] {
+    uint32_t key = 0;
+    ASSERT_EQ(ZfxCreateTLS(&key, tlsRCSDealloc), 0);
+    EXPECT_EQ(ZfxOpenTlsRCS(key), 0);
+    support::write_file(kSystemFile, "NAME=one\n");
+    EXPECT_EQ(owned(ZfxReadTlsRCS(key, "NAME", 7)), "one");
+    support::write_file(kSystemFile, "NAME=two\n");
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "two");
+    EXPECT_EQ(owned(ZfxReadTlsRCS(key, "NAME", 7)), "one");
+    ZfxCloseTlsRCS(key);
+    EXPECT_EQ(ZfxGetTLSValue(key), nullptr);
+    EXPECT_EQ(owned(ZfxReadTlsRCS(key, "NAME", 7)), "two");
+    ZfxCloseTlsRCS(key);
+    EXPECT_EQ(ZfxDeleteTLS(key), 0);
+  });
 }
 
 TEST_F(ReadRCS, AnswersUnderANumberThatIsNoKeyWithoutKeepingACopy) {
@@ -307,22 +337,18 @@ TEST_F(ReadRCS, ReleasesThreadsCopiesOfBothKindsAtTheirEnd) {
 }
 
 TEST_F(ReadRCS, ReleasesACallersListWithoutTouchingTheLibrarysOwn) {
-  support::write_file(kSystemFile, "NAME=old\n");
-  uint32_t key = 0;
-  ASSERT_EQ(ZfxCreateTLS(&key, tlsRCSDealloc), 0);
-  EXPECT_EQ(owned(ZfxReadTlsRCS(key, "NAME", 7)), "old");
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "old");
-  support::write_file(kSystemFile, "NAME=new\n");
-  tlsRCSDealloc(ZfxGetTLSValue(key));
-  tlsRCSDealloc(nullptr);
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "old");
-  EXPECT_EQ(ZfxDeleteTLS(key), 0);
-}
-
-TEST_F(ReadRCS, ClosesWithoutAKeyAsASuccess) {
-  EXPECT_EQ(ZfxCloseRCS(), 0);
-  support::write_file(kSystemFile, "NAME=x\n");
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "x");
+  in_a_thread([] {
+    support::write_file(kSystemFile, "NAME=old\n");
+    uint32_t key = 0;
+    ASSERT_EQ(ZfxCreateTLS(&key, tlsRCSDealloc), 0);
+    EXPECT_EQ(owned(ZfxReadTlsRCS(key, "NAME", 7)), "old");
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "old");
+    support::write_file(kSystemFile, "NAME=new\n");
+    tlsRCSDealloc(ZfxGetTLSValue(key));
+    tlsRCSDealloc(nullptr);
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "old");
+    EXPECT_EQ(ZfxDeleteTLS(key), 0);
+  });
 }
 
 TEST_F(ReadRCS, ServesManyThreadsFromTheFirstCallOn) {
@@ -342,18 +368,20 @@ TEST_F(ReadRCS, ServesManyThreadsFromTheFirstCallOn) {
 
 // Last in the file: nothing of this family works in the process from here on.
 TEST_F(ReadRCS, GivesNullAfterTheCloseAndAnErrorForASecondOne) {
-  support::write_file(kSystemFile, "NAME=x\n");
-  EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "x");
-  EXPECT_EQ(ZfxCloseRCS(), 0);
-  // The number of the deleted key is given to whoever asks next.
-  uint32_t foreign = 0;
-  ASSERT_EQ(ZfxCreateTLS(&foreign, nullptr), 0);
-  ASSERT_EQ(ZfxSetTLSValue(foreign, ZfxStrDup("foreign")), 0);
-  EXPECT_EQ(ZfxReadRCS("NAME", 7), nullptr);
-  EXPECT_EQ(ZfxCloseRCS(), EINVAL);
-  EXPECT_STREQ(static_cast<char *>(ZfxGetTLSValue(foreign)), "foreign");
-  ZfxMemFree(ZfxGetTLSValue(foreign));
-  EXPECT_EQ(ZfxDeleteTLS(foreign), 0);
+  in_a_thread([] {
+    support::write_file(kSystemFile, "NAME=x\n");
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "x");
+    EXPECT_EQ(ZfxCloseRCS(), 0);
+    // The number of the deleted key is given to whoever asks next.
+    uint32_t foreign = 0;
+    ASSERT_EQ(ZfxCreateTLS(&foreign, nullptr), 0);
+    ASSERT_EQ(ZfxSetTLSValue(foreign, ZfxStrDup("foreign")), 0);
+    EXPECT_EQ(ZfxReadRCS("NAME", 7), nullptr);
+    EXPECT_EQ(ZfxCloseRCS(), EINVAL);
+    EXPECT_STREQ(static_cast<char *>(ZfxGetTLSValue(foreign)), "foreign");
+    ZfxMemFree(ZfxGetTLSValue(foreign));
+    EXPECT_EQ(ZfxDeleteTLS(foreign), 0);
+  });
 }
 
 }  // namespace

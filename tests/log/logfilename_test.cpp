@@ -15,6 +15,7 @@
 #include <cstring>
 #include <ctime>
 #include <string>
+#include <thread>
 
 #include "files.hpp"
 #include "private_root.hpp"
@@ -46,6 +47,16 @@ std::string composed(const char *directory, const char *name, const char *extens
   char buffer[4096];
   EXPECT_EQ(CrtGetLogFileName(buffer, directory, name, extension, with_pid, with_thread, with_time), buffer);
   return buffer;
+}
+
+// Composes in a thread of its own, which has not read the settings file yet.
+std::string composed_afresh(const char *directory) {
+  std::string path;
+  std::thread([&] {
+    char buffer[4096];
+    path = getLogFileNameEx(buffer, directory, "x", "log", 0, 0, 0);
+  }).join();
+  return path;
 }
 
 std::string owned(char *block) {
@@ -269,15 +280,15 @@ TEST_F(LogFileNameSetting, NamesTheDirectoryForANullOrEmptyOne) {
 TEST_F(LogFileNameSetting, IsTakenFromTheEnvironmentFirst) {
   support::write_file(kSystemFile, "QUOR_LOG=/file\n");
   const support::EnvironmentVariable variable("QUOR_LOG", "/data/logs");
-  EXPECT_EQ(owned(getLogFileNameEx(nullptr, nullptr, "x", "log", 0, 0, 0)), "/data/logs/x.log");
+  EXPECT_EQ(composed_afresh(nullptr), "/data/logs/x.log");
 }
 
 TEST_F(LogFileNameSetting, FallsBackToTmpWhenAbsentOrEmpty) {
-  EXPECT_EQ(owned(getLogFileNameEx(nullptr, nullptr, "x", "log", 0, 0, 0)), "/tmp/x.log");
+  EXPECT_EQ(composed_afresh(nullptr), "/tmp/x.log");
   support::write_file(kSystemFile, "OTHER=x\n");
-  EXPECT_EQ(owned(getLogFileNameEx(nullptr, nullptr, "x", "log", 0, 0, 0)), "/tmp/x.log");
+  EXPECT_EQ(composed_afresh(nullptr), "/tmp/x.log");
   const support::EnvironmentVariable variable("QUOR_LOG", "");
-  EXPECT_EQ(owned(getLogFileNameEx(nullptr, "", "x", "log", 0, 0, 0)), "/tmp/x.log");
+  EXPECT_EQ(composed_afresh(""), "/tmp/x.log");
 }
 
 TEST_F(LogFileNameSetting, IsNotAskedByCrtGetLogFileName) {
@@ -290,7 +301,7 @@ TEST_F(LogFileNameSetting, MayBeTheRootFolderOrLong) {
   {
     const support::EnvironmentVariable variable("QUOR_LOG", "/");
     support::write_file(kSystemFile, "X=x\n");
-    EXPECT_EQ(owned(getLogFileNameEx(nullptr, nullptr, "x", "log", 0, 0, 0)), "/x.log");
+    EXPECT_EQ(composed_afresh(nullptr), "/x.log");
   }
   const std::string directory = "/" + std::string(2000, 'd');
   const support::EnvironmentVariable variable("QUOR_LOG", directory.c_str());
