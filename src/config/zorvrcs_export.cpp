@@ -32,29 +32,18 @@ std::size_t count_variables() {
   return count;
 }
 
+struct Variable {
+  char *text;
+};
+
 // Sets many new variables in time proportional to their number. setenv() walks the whole environment for each
 // name, which for 1,000 settings takes five times as long as reading them. Here it makes each variable in an
 // environment of its own, so that it owns the texts as ever, and the last one in the environment of them all,
 // so that it takes a copy of that.
 class VariableBatch {
  public:
-  explicit VariableBatch(std::size_t room)
-      : count_(count_variables()),
-        variables_(static_cast<Variable *>(std::malloc((count_ + room + 1) * sizeof(Variable)))) {
-    if (is_usable() && count_ != 0) std::memcpy(variables_.get(), environ, count_ * sizeof(Variable));
-  }
-  VariableBatch(const VariableBatch &) = delete;
-  VariableBatch &operator=(const VariableBatch &) = delete;
-  ~VariableBatch() {
-    if (last_ == nullptr) return;
-    variables_.get()[count_].text = nullptr;
-    environ = &variables_.get()->text;
-    ::setenv(last_->name.get(), last_->value.get(), 1);
-    // Only when memory ran out is this still the environment, and stays.
-    if (environ == &variables_.get()->text) static_cast<void>(variables_.release());
-  }
-
-  [[nodiscard]] bool is_usable() const { return variables_ != nullptr; }
+  // The variables are those of the environment, with room for all that will be set and one more.
+  VariableBatch(Variable *variables, std::size_t count) : variables_(variables), count_(count) {}
 
   /// Sets the variable of a setting that has none, and whose name the system accepts.
   void set(const Item &item) {
@@ -62,19 +51,25 @@ class VariableBatch {
     last_ = &item;
   }
 
- private:
-  struct Variable {
-    char *text;
-  };
-
-  void make_alone(const Item &item) {
-    char *nothing = nullptr;
-    environ = &nothing;
-    if (::setenv(item.name.get(), item.value.get(), 1) == 0) variables_.get()[count_++].text = environ[0];
+  /// Completes the environment. Tells whether the block of variables is free again, as it is unless memory
+  /// ran out.
+  [[nodiscard]] bool finish() {
+    if (last_ == nullptr) return true;
+    variables_[count_].text = nullptr;
+    environ = &variables_->text;
+    ::setenv(last_->name.get(), last_->value.get(), 1);
+    return environ != &variables_->text;
   }
 
+ private:
+  void make_alone(const Item &item) {
+    variables_[count_].text = nullptr;
+    environ = &variables_[count_].text;
+    if (::setenv(item.name.get(), item.value.get(), 1) == 0) variables_[count_++].text = environ[0];
+  }
+
+  Variable *variables_;
   std::size_t count_;
-  UniqueMalloc<Variable> variables_;  // the environment before, and what was made so far
   const Item *last_ = nullptr;
 };
 
@@ -86,17 +81,8 @@ void note_variables(Tree &tree) {
   }
 }
 
-}  // namespace
-
-void export_setting(const char *name, const char *value) {
-  if (!is_export_forbidden()) ::setenv(name, value, 1);
-}
-
-void export_missing(Tree &tree) {
-  if (is_export_forbidden()) return;
-  VariableBatch batch(tree.size());
-  if (!batch.is_usable()) return;
-  note_variables(tree);
+// From the highest level down, so that a name's first setting is the one that counts.
+void set_missing(Tree &tree, VariableBatch &batch) {
   const Tree::Sections &sections = tree.sections();
   for (auto section = sections.rbegin(); section != sections.rend(); ++section) {
     for (const Item *item = section->last(); item != nullptr; item = section->before(*item)) {
@@ -107,6 +93,25 @@ void export_missing(Tree &tree) {
       tree.note_variable(name);
     }
   }
+}
+
+}  // namespace
+
+void export_setting(const char *name, const char *value) {
+  if (!is_export_forbidden()) ::setenv(name, value, 1);
+}
+
+void export_missing(Tree &tree) {
+  if (is_export_forbidden()) return;
+  const std::size_t count = count_variables();
+  UniqueMalloc<Variable> variables(
+      static_cast<Variable *>(std::malloc((count + tree.size() + 1) * sizeof(Variable))));
+  if (variables == nullptr) return;
+  if (count != 0) std::memcpy(variables.get(), environ, count * sizeof(Variable));
+  note_variables(tree);
+  VariableBatch batch(variables.get(), count);
+  set_missing(tree, batch);
+  if (!batch.finish()) static_cast<void>(variables.release());
 }
 
 void add_setting(Tree &tree, int32_t level, const char *name, const char *value) {
