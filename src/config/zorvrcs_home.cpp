@@ -55,10 +55,10 @@ Folder folder_of_relative(std::string_view name) {
   const std::size_t slash = name.rfind('/');
   if (slash == std::string_view::npos) return Folder();
   std::string_view remainder(name.data(), slash + 1);
-  while (remainder.ends_with("//")) {
+  while (remainder.size() > 1 && remainder[remainder.size() - 2] == '/') {
     remainder.remove_suffix(1);
   }
-  if (remainder.starts_with("./")) remainder = {};
+  if (remainder.size() > 1 && remainder[0] == '.' && remainder[1] == '/') remainder = {};
   Folder folder = current_folder();
   if (!folder.empty()) folder.append('/');
   return folder.append(remainder);
