@@ -90,8 +90,13 @@ inline constexpr std::array<RuleRecord, 21> kRules = {{
 
 /// The states that the code names.
 inline constexpr int16_t kStartState = 0;
-inline constexpr int16_t kNameState = 6;    // behind a member's name
+inline constexpr int16_t kObjectBeginState = 1;
+inline constexpr int16_t kArrayBeginState = 2;
+inline constexpr int16_t kNameState = 6;  // behind a member's name
+inline constexpr int16_t kMembersState = 8;
+inline constexpr int16_t kElementsState = 19;
 inline constexpr int16_t kFinalState = 21;  // behind the end
+inline constexpr int16_t kColonState = 22;
 
 /// A state either has a rule that is carried out whatever comes, or waits for one of the tokens in its row.
 /// The symbol is the one that leads into the state; the row holds the next state for each terminal that may
