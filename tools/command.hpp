@@ -35,6 +35,7 @@ struct Command {
 // The commands, each in the file of its name (tools/<name>_command.cpp).
 extern const Command kDataareaCommand;
 extern const Command kDateCommand;
+extern const Command kJsonCommand;
 extern const Command kLogCommand;
 extern const Command kSettingsCommand;
 extern const Command kStartupCommand;

@@ -16,6 +16,7 @@ constexpr std::array kCommands = {
     &kStartupCommand,
     &kSettingsCommand,
     &kDataareaCommand,
+    &kJsonCommand,
     &kLogCommand,
     &kDateCommand,
     &kVersionCommand,
