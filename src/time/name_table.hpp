@@ -19,7 +19,7 @@ class NameTable {
   /// compile.
   consteval explicit NameTable(const std::array<std::string_view, N> &names) {
     while (!place_all(names)) {
-      multiplier_ += 2;
+      multiplier_ += kStep;
     }
   }
 
@@ -38,6 +38,8 @@ class NameTable {
   };
 
   static constexpr unsigned kPlaceBits = 5;
+  static constexpr uint32_t kStep =
+      0x9E3779B2;  // even, so that all multipliers are odd; spreads over all bits
 
   static constexpr uint32_t byte_of(char c) { return static_cast<unsigned char>(c); }
   static constexpr uint32_t key_of(std::string_view text) {

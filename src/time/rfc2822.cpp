@@ -2,21 +2,26 @@
 // accepts beyond the standard, and what not, is a promise to callers, see rfc2822.h.
 #include "rfc2822.h"
 
-#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <string_view>
 
+#include "block_pattern.hpp"
 #include "digits.hpp"
 #include "iso8601.h"
 #include "name_table.hpp"
 #include "timestamps_utc.hpp"
 #include "timestamps_zone.hpp"
 #include "wrapping.hpp"
+#include "written_time.hpp"
 
 namespace {
 
+using zorvcrt::BlockPattern;
 using zorvcrt::digit_value;
+using zorvcrt::DigitBlock;
 using zorvcrt::is_digit;
+using zorvcrt::NameTable;
 
 // What the scanner expects next.
 enum class Expected {
@@ -38,24 +43,16 @@ enum class Expected {
   kFailure,
 };
 
-struct WrittenTime {
-  int32_t day = 0;
-  int32_t month = 0;  // 1 to 12
-  int32_t year = 0;
-  int32_t hour = 0;
-  int32_t minute = 0;
-  int32_t second = 0;
-  std::string_view zone;
+struct MailTime : zorvcrt::WrittenTime {
+  std::string_view zone;  // a part of the text, empty without a zone that counts
 };
 
-constexpr zorvcrt::NameTable kWeekdays(std::array<std::string_view, 7>{"Mon", "Tue", "Wed", "Thu", "Fri",
-                                                                       "Sat", "Sun"});
-constexpr zorvcrt::NameTable kMonths(std::array<std::string_view, 12>{
-    "Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"});
+constexpr int32_t kUnknownDaylight = -1;
 
-std::string_view beginning_of(std::string_view text, std::size_t length) {
-  return {text.data(), std::min(length, text.size())};
-}
+constexpr NameTable kWeekdays(std::array<std::string_view, 7>{"Mon", "Tue", "Wed", "Thu", "Fri", "Sat",
+                                                              "Sun"});
+constexpr NameTable kMonths(std::array<std::string_view, 12>{"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul",
+                                                             "Aug", "Sep", "Oct", "Nov", "Dec"});
 
 // The white space of mail headers, whatever the locale says.
 constexpr bool is_header_space(char c) {
@@ -67,22 +64,54 @@ void append_digit(int32_t &number, char c) {
   number = zorvcrt::wrapping_add(zorvcrt::wrapping_multiply(number, 10), digit_value(c));
 }
 
+// The usual form in blocks, which overlap.
+constexpr BlockPattern kDayAndMonth("00 ??? 0");
+constexpr BlockPattern kYearAndHour("0000 00:");
+constexpr BlockPattern kTimeOfDay("0:00:00 ");
+constexpr std::size_t kDayOffset = 5;
+constexpr std::size_t kMonthOffset = 8;
+constexpr std::size_t kYearOffset = 12;
+constexpr std::size_t kTimeOffset = 18;
+constexpr std::size_t kUsualLength = 26;
+
 class MailDateScanner {
  public:
   explicit MailDateScanner(std::string_view text) : rest_(text) {}
 
   // Tells whether the text is acceptable; one that ends early is.
   bool scan() {
-    Expected expected = Expected::kWeekday;
+    Expected expected = usual_form();
     while (!rest_.empty() && expected != Expected::kDone && expected != Expected::kFailure) {
       expected = step(expected);
     }
     return expected != Expected::kFailure;
   }
 
-  [[nodiscard]] const WrittenTime &written() const { return written_; }
+  [[nodiscard]] const MailTime &written() const { return written_; }
 
  private:
+  // "Thu, 29 Feb 2024 12:00:00 ", the form of nearly all texts, is taken in three steps to where the zone
+  // starts; character by character it takes two thirds longer. Anything else begins with the weekday.
+  Expected usual_form() {
+    if (rest_.size() < kUsualLength) return Expected::kWeekday;
+    const uint64_t date = kDayAndMonth.difference(rest_.data() + kDayOffset);
+    const uint64_t year = kYearAndHour.difference(rest_.data() + kYearOffset);
+    const uint64_t time = kTimeOfDay.difference(rest_.data() + kTimeOffset);
+    const int32_t month = kMonths.find({rest_.data() + kMonthOffset, kMonths.kNameLength});
+    if (kWeekdays.find(rest_) == 0 || rest_[3] == ' ' || rest_[4] != ' ' || month == 0 ||
+        !kDayAndMonth.matches(date) || !kYearAndHour.matches(year) || !kTimeOfDay.matches(time)) {
+      return Expected::kWeekday;
+    }
+    written_.day = DigitBlock(date).pair(0);
+    written_.month = month;
+    written_.year = DigitBlock(year).pair(0) * 100 + DigitBlock(year).pair(2);
+    written_.hour = DigitBlock(year).pair(5);
+    written_.minute = DigitBlock(time).pair(2);
+    written_.second = DigitBlock(time).pair(5);
+    rest_.remove_prefix(kUsualLength);
+    return Expected::kZoneStart;
+  }
+
   // Every state is entered with a character left. All take at least one but the start of the zone, which only
   // looks at it.
   Expected step(Expected expected) {
@@ -169,10 +198,12 @@ class MailDateScanner {
 
   // A zone that the text ends in does not count.
   Expected zone() {
-    const auto *end = std::find_if(rest_.begin(), rest_.end(), is_header_space);
-    const bool counts = end != rest_.end();
-    const auto length = static_cast<std::size_t>(end - rest_.begin());
-    if (counts) written_.zone = beginning_of(rest_, length);
+    std::size_t length = 0;
+    while (length < rest_.size() && !is_header_space(rest_[length])) {
+      ++length;
+    }
+    const bool counts = length < rest_.size();
+    if (counts) written_.zone = {rest_.data(), length};
     rest_.remove_prefix(length);
     return counts ? Expected::kDone : Expected::kZone;
   }
@@ -184,24 +215,8 @@ class MailDateScanner {
   }
 
   std::string_view rest_;
-  WrittenTime written_;
+  MailTime written_;
 };
-
-// Years of two digits count from 1900, whatever the century.
-constexpr int32_t kLastShortYear = 99;
-constexpr int32_t kUnknownDaylight = -1;
-
-tm record_of(const WrittenTime &written) {
-  tm record{};
-  record.tm_year = written.year > kLastShortYear ? written.year - 1900 : written.year;
-  record.tm_mon = written.month - 1;
-  record.tm_mday = written.day;
-  record.tm_hour = written.hour;
-  record.tm_min = written.minute;
-  record.tm_sec = written.second;
-  record.tm_isdst = kUnknownDaylight;
-  return record;
-}
 
 }  // namespace
 
@@ -209,14 +224,11 @@ uint64_t ZfxParseRfc2822(const char *text, uint64_t length, struct tm *tm_out) {
   if (text == nullptr && length != 0) return 0;
   MailDateScanner scanner({text, length});
   if (!scanner.scan()) return 0;
-  tm record = record_of(scanner.written());
+  tm record = zorvcrt::record_of(scanner.written(), kUnknownDaylight);
   if (tm_out != nullptr) *tm_out = record;
-  // A zone is a terminated text, so it ends at a null character; one that is not known leaves the time as
-  // UTC.
-  const std::string_view zone = scanner.written().zone;
-  zorvcrt::shift_by_zone(record, beginning_of(zone, zone.find('\0')));
-  const auto seconds = zorvcrt::utc_seconds(record);
-  return seconds && *seconds > 0 ? static_cast<uint64_t>(*seconds) : 0;
+  zorvcrt::shift_by_zone(record, scanner.written().zone);  // a name not known leaves the time as UTC
+  int64_t seconds = 0;
+  return zorvcrt::utc_seconds(record, seconds) && seconds > 0 ? static_cast<uint64_t>(seconds) : 0;
 }
 
 uint64_t ZfxParseTimestamp(const char *text, uint64_t length, struct tm *tm_out) {

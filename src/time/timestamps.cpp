@@ -44,11 +44,9 @@ void format_any_year(const tm &record, char *buffer, std::size_t capacity) {
 int64_t ZfxTimeToUTC(uint64_t *seconds, struct tm *record) {
   if (seconds != nullptr) *seconds = 0;
   if (record == nullptr) return -1;
-  const auto utc = zorvcrt::utc_seconds(*record);
-  if (!utc) return -1;
-  *record = *zorvcrt::utc_record(*utc);
-  if (*utc < 0) return -1;
-  if (seconds != nullptr) *seconds = static_cast<uint64_t>(*utc);
+  int64_t utc = 0;
+  if (!zorvcrt::utc_seconds(*record, utc) || !zorvcrt::utc_record(utc, *record) || utc < 0) return -1;
+  if (seconds != nullptr) *seconds = static_cast<uint64_t>(utc);
   return 0;
 }
 
@@ -62,13 +60,13 @@ int32_t ZfxTimestampToUTC(struct tm *record, const char *zone) {
 char *ZfxFormatIso8601(time_t seconds, char *buffer, int32_t capacity) {
   if (buffer == nullptr || capacity < 1) return buffer;
   *buffer = '\0';
-  const auto record = zorvcrt::utc_record(seconds);
-  if (!record) return buffer;
-  if (record->tm_year < kFirstPlainYear || record->tm_year > kLastPlainYear) {
-    format_any_year(*record, buffer, static_cast<std::size_t>(capacity));
+  tm record;
+  if (!zorvcrt::utc_record(seconds, record)) return buffer;
+  if (record.tm_year < kFirstPlainYear || record.tm_year > kLastPlainYear) {
+    format_any_year(record, buffer, static_cast<std::size_t>(capacity));
     return buffer;
   }
-  const IsoText text = plain_text(*record);
+  const IsoText text = plain_text(record);
   if (static_cast<std::size_t>(capacity) > text.size()) {
     zorvcrt::copy_text(buffer, capacity, {text.data(), text.size()});
   }

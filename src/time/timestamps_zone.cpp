@@ -8,6 +8,7 @@
 
 #include "calendar.hpp"
 #include "digits.hpp"
+#include "name_table.hpp"
 #include "wrapping.hpp"
 
 namespace zorvcrt {
@@ -16,11 +17,13 @@ namespace {
 
 struct NamedZone {
   std::string_view name;
-  int32_t hours;     // subtracted
+  int32_t hours;     // subtracted; with 0 the time stays as it is written, in range or not
   int32_t daylight;  // the flag that the record gets
 };
 
-constexpr std::array<NamedZone, 10> kNamedZones = {{
+constexpr std::array<NamedZone, 12> kNamedZones = {{
+    {"GMT", 0, 0},
+    {"UTC", 0, 0},
     {"EST", 4, 0},
     {"EDT", 5, 1},
     {"CST", 5, 0},
@@ -32,6 +35,16 @@ constexpr std::array<NamedZone, 10> kNamedZones = {{
     {"CET", -1, -1},
     {"EET", -1, -1},
 }};
+
+consteval auto names_of(const std::array<NamedZone, kNamedZones.size()> &zones) {
+  std::array<std::string_view, kNamedZones.size()> names;
+  for (std::size_t i = 0; i < zones.size(); ++i) {
+    names[i] = zones[i].name;
+  }
+  return names;
+}
+
+constexpr NameTable kZoneNames(names_of(kNamedZones));
 
 constexpr int32_t kUnknownDaylight = -1;
 constexpr int32_t kLargestHoursAlone = 99;  // a larger number is hours x 100 + minutes
@@ -110,9 +123,12 @@ void set_second_of_day(tm &record, int32_t second) {
   record.tm_sec = second % kSecondsPerMinute;
 }
 
-void shift(tm &record, int32_t seconds, int32_t daylight) {
+void shift(tm &record, int32_t seconds) {
   set_second_of_day(record, wrapping_add(second_of_day(record), seconds));
-  record.tm_isdst = daylight;
+}
+
+bool ends_at(std::string_view zone, std::size_t offset) {
+  return zone.size() == offset || zone[offset] == '\0';
 }
 
 int32_t number_behind_sign(std::string_view zone) {
@@ -130,23 +146,21 @@ void shift_by_numeric_zone(tm &record, char sign, int32_t number) {
   const int32_t hours = has_minutes ? number / 100 : number;
   const int32_t minutes = has_minutes ? number % 100 : 0;
   const int32_t offset = wrapping_add(wrapping_multiply(hours, kSecondsPerHour), minutes * kSecondsPerMinute);
-  shift(record, sign == '-' ? wrapping_subtract(0, offset) : offset, kUnknownDaylight);
+  shift(record, sign == '-' ? wrapping_subtract(0, offset) : offset);
+  record.tm_isdst = kUnknownDaylight;
 }
 
 bool shift_by_zone(tm &record, std::string_view zone) {
-  if (zone.empty()) return true;
-  if (zone == "GMT" || zone == "UTC") {
-    record.tm_isdst = 0;
-    return true;
-  }
+  if (ends_at(zone, 0)) return true;
   if (zone[0] == '+' || zone[0] == '-') {
     shift_by_numeric_zone(record, zone[0], number_behind_sign(zone));
     return true;
   }
-  const auto *named = std::find_if(kNamedZones.begin(), kNamedZones.end(),
-                                   [zone](const NamedZone &known) { return known.name == zone; });
-  if (named == kNamedZones.end()) return false;
-  shift(record, -named->hours * kSecondsPerHour, named->daylight);
+  const int32_t number = kZoneNames.find(zone);
+  if (number == 0 || !ends_at(zone, kZoneNames.kNameLength)) return false;
+  const NamedZone &named = kNamedZones[static_cast<std::size_t>(number) - 1];
+  if (named.hours != 0) shift(record, -named.hours * kSecondsPerHour);
+  record.tm_isdst = named.daylight;
   return true;
 }
 

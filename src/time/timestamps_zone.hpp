@@ -7,8 +7,8 @@
 
 namespace zorvcrt {
 
-/// Shifts @p record by a zone text as ZfxTimestampToUTC() describes; false, and nothing changed, when the
-/// text is no zone.
+/// Shifts @p record by a zone text, which a null character ends too, as ZfxTimestampToUTC() describes. False,
+/// and nothing changed, when the text is no zone.
 bool shift_by_zone(tm &record, std::string_view zone);
 
 /// Shifts @p record by the zone whose text is @p sign, '+' or '-', and the digits of @p number.
