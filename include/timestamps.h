@@ -20,10 +20,10 @@ ZFX_BEGIN_DECLS
  *
  * @param seconds receives the seconds since the epoch, or 0 when the result is -1; null receives nothing
  * @param record  the time. Fields may lie outside their usual ranges (month 12, day 0, hour 25, a 30
- * February) and are carried. On return every field is normalised, weekday and day of year included, the
- *                daylight flag and the offset are 0 and the zone name is "UTC", a constant of the library. A
- *                time that cannot be represented, with a year outside the range of tm_year, leaves the record
- *                as it was. Null counts as such a time.
+ *                February) and are carried. On return every field is normalised, weekday and day of year
+ *                included, the daylight flag and the offset are 0 and the zone name is "UTC", a constant of
+ *                the library. A time that cannot be represented, with a year outside the range of tm_year,
+ *                leaves the record as it was. Null counts as such a time.
  * @return 0, or -1 when the time lies before the epoch (the record is normalised all the same) or cannot be
  *         represented (errno is then EOVERFLOW)
  *
@@ -44,7 +44,8 @@ ZFX_API int64_t ZfxTimeToUTC(uint64_t *seconds, struct tm *record);
  *                 minutes, else hours; daylight flag -1. '+' is ADDED and '-' is SUBTRACTED, a promise to
  *                 callers that rely on this direction. "+01:00" is one hour, "+0030" thirty hours.
  *               - a name, case-sensitive, with the hours subtracted and the daylight flag: "EST" 4, 0; "EDT"
- * 5, 1; "CST" 5, 0; "CDT" 6, 1; "MST" 6, 0; "MDT" 7, 1; "PST" 7, 0; "PDT" 8, 1; "CET" -1, -1; "EET" -1, -1
+ *                 5, 1; "CST" 5, 0; "CDT" 6, 1; "MST" 6, 0; "MDT" 7, 1; "PST" 7, 0; "PDT" 8, 1; "CET" -1, -1;
+ *                 "EET" -1, -1
  * @return 0 when the zone was applied or was empty, -1 for any other text, with @p record unchanged
  *
  * The date moves by at most one day, so that a longer shift leaves an hour outside 0 to 23, which
@@ -54,8 +55,8 @@ ZFX_API int64_t ZfxTimeToUTC(uint64_t *seconds, struct tm *record);
  *   December), 30, 28 or 29, 30, 31, 30, 31, 30, 31, 31, 30, 31; above 11 day 30. With a negative tm_mon only
  *   the day becomes 0.
  * - Forward: day 28 of February goes to 1 March or, in a leap year, to day 29; day 30 of April, June,
- * September and November and every day 31 go to day 1 of the next month; every other day to the next number,
- * so that 29 February becomes a 30 February, which ZfxTimeToUTC() carries.
+ *   September and November and every day 31 go to day 1 of the next month; every other day to the next
+ *   number, so that 29 February becomes a 30 February, which ZfxTimeToUTC() carries.
  *
  * Sums are formed in 32 bits and wrap. Re-entrant.
  */

@@ -24,11 +24,18 @@ typedef struct ZfxHrTimeDiff {
   uint64_t nanoseconds;  /**< 0 to 999 */
 } ZfxHrTimeDiff;
 
-/** Read the monotonic clock, for intervals. @return nanoseconds since a moment that stays the same while the
- * machine runs */
+/**
+ * Read the monotonic clock, for intervals.
+ *
+ * @return nanoseconds since a moment that stays the same while the machine runs
+ */
 ZFX_API uint64_t fphrtime(void);
 
-/** Read the real-time clock. @return milliseconds since 1970-01-01 00:00:00 UTC */
+/**
+ * Read the real-time clock.
+ *
+ * @return milliseconds since 1970-01-01 00:00:00 UTC
+ */
 ZFX_API uint64_t fphrtimms(void);
 
 /**
