@@ -48,8 +48,11 @@
 #include "zfxsemaphore.h"
 
 /* conv */
+#include "Base64.h"
 #include "intconv.h"
 #include "realconv.h"
+#include "utf.h"
+#include "uu.h"
 
 /* config */
 #include "conf.h"

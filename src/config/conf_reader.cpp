@@ -14,7 +14,8 @@ namespace {
 constexpr int kLineArea = 1024;  // a line is read in pieces of one byte less
 
 bool is_comment(std::string_view line) {
-  return line[0] == '#' || line[0] == ';' || line[0] == '\'' || line.starts_with("//");
+  if (line[0] == '/') return line.size() > 1 && line[1] == '/';
+  return line[0] == '#' || line[0] == ';' || line[0] == '\'';
 }
 
 // The text behind '[', up to the last ']' if there is one.

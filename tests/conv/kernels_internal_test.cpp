@@ -1,0 +1,186 @@
+// The inner loops of the encodings exist twice, plain and for wide registers: both must do the same on every
+// input, of every length and at every address.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "Base64_kernels.hpp"
+#include "utf_kernels.hpp"
+#include "uu_kernels.hpp"
+#include "wide_registers.hpp"
+
+namespace {
+
+constexpr std::size_t kLongest = 300;
+
+class Kernels : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!zorvcrt::has_wide_registers()) GTEST_SKIP() << "this machine has no wide registers";
+  }
+  std::mt19937 random{20261121};
+};
+
+// A copy at the given offset from an aligned address, in a block that ends where the content ends.
+template <class T>
+class Placed {
+ public:
+  Placed(const std::vector<T> &content, std::size_t offset)
+      : block_(new T[offset + content.size()]), begin_(block_.get() + offset) {
+    std::copy(content.begin(), content.end(), begin_);
+  }
+  const T *get() const { return begin_; }
+
+ private:
+  std::unique_ptr<T[]> block_;
+  T *begin_;
+};
+
+std::vector<uint8_t> random_bytes(std::mt19937 &random, std::size_t size) {
+  std::vector<uint8_t> bytes(size);
+  for (uint8_t &byte : bytes)
+    byte = static_cast<uint8_t>(random());
+  return bytes;
+}
+
+TEST_F(Kernels, EncodeBase64Alike) {
+  for (std::size_t n = 0; n <= kLongest; ++n) {
+    for (std::size_t offset = 0; offset < 32; ++offset) {
+      const Placed<uint8_t> data(random_bytes(random, n), offset);
+      const std::size_t count = (n + 2) / 3 * 4;
+      std::vector<char> plain(count);
+      std::vector<char> wide(count);
+      ASSERT_EQ(zorvcrt::base64_encode_plain(data.get(), n, plain.data()), count);
+      ASSERT_EQ(zorvcrt::base64_encode_wide(data.get(), n, wide.data()), count);
+      ASSERT_EQ(plain, wide) << n << " bytes at offset " << offset;
+    }
+  }
+}
+
+// A text in which about one character of so many is none of the alphabet.
+std::vector<char> random_base64(std::mt19937 &random, std::size_t size, std::size_t rarity, bool padded) {
+  std::vector<char> text(size);
+  for (char &c : text) {
+    c = zorvcrt::kBase64Alphabet[random() % 64];
+    if (rarity != 0 && random() % rarity == 0) c = static_cast<char>(1 + random() % 255);
+    if (!padded && c == '=') c = '\n';
+  }
+  return text;
+}
+
+TEST_F(Kernels, DecodeBase64Alike) {
+  for (std::size_t n = 0; n <= kLongest; ++n) {
+    for (std::size_t offset = 0; offset < 32; ++offset) {
+      for (const std::size_t rarity : {0U, 1U, 2U, 30U, 100U}) {
+        const Placed<char> text(random_base64(random, n, rarity, offset % 4 == 0), offset);
+        std::vector<uint8_t> plain(n / 4 * 3 + 2);
+        std::vector<uint8_t> wide(n / 4 * 3 + 2);
+        const std::size_t count = zorvcrt::base64_decode_plain(text.get(), n, plain.data());
+        ASSERT_EQ(zorvcrt::base64_decode_wide(text.get(), n, wide.data()), count) << n << " at " << offset;
+        ASSERT_EQ(plain, wide) << n << " characters at offset " << offset << ", one of " << rarity;
+      }
+    }
+  }
+}
+
+TEST_F(Kernels, DecodeLongBase64Alike) {
+  for (int round = 0; round < 200; ++round) {
+    const std::size_t n = 1000 + random() % 5000;
+    const std::vector<char> text = random_base64(random, n, 1 + random() % 200, false);
+    std::vector<uint8_t> plain(n);
+    std::vector<uint8_t> wide(n);
+    const std::size_t count = zorvcrt::base64_decode_plain(text.data(), n, plain.data());
+    ASSERT_EQ(zorvcrt::base64_decode_wide(text.data(), n, wide.data()), count);
+    ASSERT_EQ(plain, wide);
+  }
+}
+
+TEST_F(Kernels, TakeEveryCharacterInEveryPlaceForWhatItIs) {
+  for (std::size_t place = 0; place < 32; ++place) {
+    for (unsigned c = 1; c < 256; ++c) {
+      std::vector<char> text(40, 'Q');
+      text[place] = static_cast<char>(c);
+      std::vector<uint8_t> plain(32);
+      std::vector<uint8_t> wide(32);
+      const std::size_t count = zorvcrt::base64_decode_plain(text.data(), text.size(), plain.data());
+      ASSERT_EQ(zorvcrt::base64_decode_wide(text.data(), text.size(), wide.data()), count);
+      ASSERT_EQ(plain, wide) << "character " << c << " at " << place;
+    }
+  }
+}
+
+TEST_F(Kernels, EncodeAndDecodeUuLinesAlike) {
+  for (int round = 0; round < 20000; ++round) {
+    const std::size_t offset = random() % 32;
+    const Placed<uint8_t> data(random_bytes(random, zorvcrt::kUuLineBytes), offset);
+    std::vector<char> plain(zorvcrt::kUuLineCharacters);
+    std::vector<char> wide(zorvcrt::kUuLineCharacters);
+    zorvcrt::uu_encode_line_plain(data.get(), plain.data());
+    zorvcrt::uu_encode_line_wide(data.get(), wide.data());
+    ASSERT_EQ(plain, wide);
+
+    if (round % 2 == 0) {  // any bytes at all instead of encoded ones
+      for (char &c : plain)
+        c = static_cast<char>(random());
+    }
+    const Placed<char> line(plain, offset);
+    std::vector<uint8_t> plain_bytes(zorvcrt::kUuLineBytes);
+    std::vector<uint8_t> wide_bytes(zorvcrt::kUuLineBytes);
+    zorvcrt::uu_decode_line_plain(line.get(), plain_bytes.data());
+    zorvcrt::uu_decode_line_wide(line.get(), wide_bytes.data());
+    ASSERT_EQ(plain_bytes, wide_bytes);
+  }
+}
+
+// Units of one, two and three bytes in changing shares, the limits among them.
+std::vector<uint16_t> random_units(std::mt19937 &random, std::size_t size) {
+  static constexpr uint16_t kLimits[] = {0, 0x7F, 0x80, 0x7FF, 0x800, 0xD800, 0xDFFF, 0xFFFF};
+  const unsigned mask = (1U << (1 + random() % 16)) - 1;
+  std::vector<uint16_t> units(size);
+  for (uint16_t &unit : units) {
+    const bool any = random() % 4 == 0;
+    unit = static_cast<uint16_t>(random() & (any ? mask : 0x7F));
+    if (mask > 0xFFF && random() % 16 == 0) unit = kLimits[random() % std::size(kLimits)];
+  }
+  return units;
+}
+
+TEST_F(Kernels, ConvertUcs2Alike) {
+  for (std::size_t n = 0; n <= kLongest; ++n) {
+    for (std::size_t offset = 0; offset < 32; ++offset) {
+      const Placed<uint16_t> units(random_units(random, n), offset);
+      const uint64_t length = zorvcrt::utf8_length_plain(units.get(), n);
+      ASSERT_EQ(zorvcrt::utf8_length_wide(units.get(), n), length);
+      std::vector<char> plain(length + zorvcrt::kUtf8Slack);
+      std::vector<char> wide(length + zorvcrt::kUtf8Slack);
+      ASSERT_EQ(zorvcrt::utf8_convert_plain(units.get(), n, plain.data()), plain.data() + length);
+      ASSERT_EQ(zorvcrt::utf8_convert_wide(units.get(), n, wide.data()), wide.data() + length);
+      plain.resize(length);
+      wide.resize(length);
+      ASSERT_EQ(plain, wide) << n << " units at offset " << offset;
+    }
+  }
+}
+
+TEST_F(Kernels, ConvertEveryUnitInEveryPlaceAlike) {
+  for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
+    std::vector<uint16_t> units(16, unit % 3 == 0 ? 0x41 : unit % 3 == 1 ? 0x3B1 : 0x20AC);
+    units[unit % 16] = static_cast<uint16_t>(unit);
+    units[unit / 16 % 16] = static_cast<uint16_t>(unit);
+    const uint64_t length = zorvcrt::utf8_length_plain(units.data(), units.size());
+    ASSERT_EQ(zorvcrt::utf8_length_wide(units.data(), units.size()), length);
+    std::vector<char> plain(length + zorvcrt::kUtf8Slack);
+    std::vector<char> wide(length + zorvcrt::kUtf8Slack);
+    zorvcrt::utf8_convert_plain(units.data(), units.size(), plain.data());
+    zorvcrt::utf8_convert_wide(units.data(), units.size(), wide.data());
+    ASSERT_EQ(std::string(plain.data(), length), std::string(wide.data(), length)) << unit;
+  }
+}
+
+}  // namespace
