@@ -118,6 +118,7 @@ class Parser {
       if (state == zorvcrt::kStartState) {
         state = zorvcrt::state_behind(state, zorvcrt::kRules[rule].left);
         if (!enter(state, container, place)) return kExhausted;
+        // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): the stack owns the container
         if (!reduce(kStateRecords[static_cast<std::size_t>(state)].rule, state)) return kExhausted;
       } else if (!store(value_of(container), state)) {
         return kExhausted;
@@ -301,7 +302,9 @@ class Parser {
     }
   }
 
+  // When this fails the container is still the stack's.
   bool make_document(ZJsonType type, void *container) {
+    if (!late_vectors_.finish()) return false;
     document_ = ZJsonExpression_New();
     ZJsonExpression_SetRoot(document_, type, container);
     if (document_ != nullptr && document_->root != nullptr) return true;
@@ -313,8 +316,16 @@ class Parser {
   // Makes the container of the items from the first on, which leave the list.
   template <class Container, class Item>
   bool close(std::size_t first, Container *&container, Item **Container::*slots) {
-    container = zorvcrt::new_container_of(items_.from(first), items_.size() - first, slots);
+    container = zorvcrt::new_container_for<Container>(items_.size() - first);
     if (container == nullptr) return false;
+    if (!late_vectors_.take(container, items_.from(first))) {
+      container->*slots =
+          zorvcrt::new_vector<Item>(items_.from(first), container->count, container->capacity);
+      if (container->*slots == nullptr) {
+        std::free(container);
+        return false;
+      }
+    }
     items_.cut(first);
     return true;
   }
@@ -412,6 +423,7 @@ class Parser {
   ZJsonLocation place_ = {1, 1, 1, 1};
   ZJsonExpression *document_ = nullptr;
   zorvcrt::ItemList items_;
+  zorvcrt::LateVectors late_vectors_;
   zorvcrt::ParseStack<kTraced> stack_;
 };
 

@@ -104,14 +104,14 @@ inline constexpr int16_t kColonState = 22;
 struct StateRecord {
   uint8_t symbol;
   uint8_t rule;
-  std::array<int8_t, kTerminals> shift;
+  std::array<int16_t, kTerminals> shift;
 };
 
 // Terminals in the columns of a row:
 //   $end error undefined, INTEGER NUMBER STRING TRUE FALSE NULL, { } [ ] , :
-inline constexpr std::array<int8_t, kTerminals> kNoShift = {};
-inline constexpr std::array<int8_t, kTerminals> kShiftValue = {0,  0, 0, 10, 11, 12, 13, 14,
-                                                               15, 1, 0, 2,  0,  0,  0};
+inline constexpr std::array<int16_t, kTerminals> kNoShift = {};
+inline constexpr std::array<int16_t, kTerminals> kShiftValue = {0,  0, 0, 10, 11, 12, 13, 14,
+                                                                15, 1, 0, 2,  0,  0,  0};
 
 // leads in, rule, row
 inline constexpr std::array<StateRecord, kStates> kStateRecords = {{
@@ -150,7 +150,7 @@ inline constexpr std::array<StateRecord, kStates> kStateRecords = {{
 /// The state behind a nonterminal, by the state before it; 0 where it cannot come.
 // $accept START OBJECT MEMBERS PAIR ARRAY ELEMENTS VALUE
 inline constexpr auto kGoto = [] {
-  std::array<std::array<int8_t, kNonterminals>, kStates> rows{};
+  std::array<std::array<int16_t, kNonterminals>, kStates> rows{};
   rows[0] = {0, 3, 4, 0, 0, 5, 0, 0};
   rows[1] = {0, 0, 0, 8, 9, 0, 0, 0};
   rows[2] = {0, 0, 17, 0, 0, 18, 19, 20};

@@ -131,7 +131,7 @@ class ItemList {
   // So many that documents without a long array make no large block while they are parsed: before it gives
   // out one, this libc's heap goes through all small blocks that were ever released, which took a third of
   // the time.
-  static constexpr std::size_t kInPlace = 1024;
+  static constexpr std::size_t kInPlace = 512;
 
   bool grow() {
     void *old = items_ == in_place_.data() ? nullptr : static_cast<void *>(items_);

@@ -26,7 +26,7 @@ void load_current(zjson_scanner &scanner) {
 void add_slot(zjson_scanner &scanner) {
   if (scanner.buffer_count == scanner.buffer_room) {
     const int32_t room = scanner.buffer_room + kStackStep;
-    void *grown = std::realloc(scanner.buffers, static_cast<std::size_t>(room) * sizeof *scanner.buffers);
+    void *grown = std::realloc(scanner.buffers, static_cast<std::size_t>(room) * sizeof(zjson_buffer *));
     if (grown == nullptr) end_process("out of dynamic memory in yyensure_buffer_stack()");
     scanner.buffers = static_cast<zjson_buffer **>(grown);
     scanner.buffer_room = room;

@@ -82,6 +82,25 @@ TEST(zjson_parse, GivesContainersTheCapacityOfItemByItemAppends) {
   }
 }
 
+std::string list_of(const std::string &item, int count) {
+  return count == 0 ? "" : item + repeated("," + item, count - 1);
+}
+
+TEST(zjson_parse, BuildsManyLongListsOfEveryLengthInEachOther) {
+  std::string text = "[0";
+  for (int count = 120; count < 160; ++count) {
+    text +=
+        ",[" + list_of("{\"k\":[" + list_of("7", count) + "]}", 3) + "],{" + list_of("\"m\":[]", count) + "}";
+  }
+  text += ",[" + list_of("[" + list_of("1", 130) + "]", 130) + "],[" + list_of("2", 5000) + "]]";
+  EXPECT_TRUE(outcome_of(text) == text);
+  // Nothing of them is lost or left behind where the text breaks off.
+  for (std::size_t size = 1; size < text.size(); size += 997) {
+    EXPECT_EQ(outcome_of(text.substr(0, size)).substr(0, 6), "line #");
+  }
+  EXPECT_EQ(outcome_of(text + "x").substr(0, 6), "line #");
+}
+
 TEST(zjson_parse, LetsParsedContainersBeEdited) {
   const Document document = parse("[" + std::string("1") + repeated(",1", 8) + "]");
   for (int i = 0; i < 100; ++i)
@@ -576,7 +595,7 @@ TEST(zjson_debug, ChangesNothingButTheTrace) {
 TEST(zjson_parse, EndsWithMemoryExhaustedWhenMemoryRunsOut) {
   const std::string text = R"({"a":[1,2.5,"s",'q"',true,false,null,[],{}],"b":{"c":{"d":[)" +
                            repeated("[", 260) + repeated("]", 260) + "]}},\"e\":\"tab\t\",\"f\":[0" +
-                           repeated(",1", 200) + "]}";
+                           repeated(",1", 200) + "],\"g\":{" + list_of("\"m\":2", 150) + "}}";
   const std::string whole = outcome_of(text);
   std::size_t n = 1;
   for (;; ++n) {
