@@ -10,7 +10,7 @@
 
 namespace {
 
-// Between these years all of a time has a fixed width, and strftime() is 30 times slower than its digits.
+// Between these years all of a time has a fixed width, and strftime() takes five times as long.
 constexpr int kFirstPlainYear = 1000 - 1900;
 constexpr int kLastPlainYear = 9999 - 1900;
 

@@ -26,8 +26,8 @@ bool not_representable();
 
 }  // namespace utc
 
-// The results of both functions are no std::optional: one that comes back in registers costs as much as the
-// whole arithmetic here, a store of one byte that the load of eight behind it has to wait for.
+// The results of both functions are no std::optional: one that comes back in registers is stored as a byte
+// and loaded as eight, which have to wait for it, and that is an eighth of the time of an ISO 8601 date.
 
 /// The seconds of a broken-down time, whose fields may lie outside their ranges. False, and errno EOVERFLOW,
 /// when it cannot be represented.
@@ -37,7 +37,7 @@ bool not_representable();
   if (month < 0 || month >= kMonthsPerYear) {
     const int64_t years = floor_divide(month, kMonthsPerYear);
     year += years;
-    month -= static_cast<int32_t>(years * kMonthsPerYear);
+    month = static_cast<int32_t>(month - years * kMonthsPerYear);
   }
   const int64_t days = days_from_civil(year, month) + record.tm_mday - 1;
   const int32_t second = std::clamp(record.tm_sec, 0, kSecondsPerMinute - 1);
