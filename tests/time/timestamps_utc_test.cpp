@@ -9,6 +9,7 @@
 
 #include "files.hpp"
 #include "records.hpp"
+#include "rfc2822.h"
 #include "timestamps.h"
 
 namespace {
@@ -300,7 +301,12 @@ TEST(ZfxTimeToUTC, ServesManyThreadsAtOnceInAnyZone) {
         tm local{};
         const time_t now = day;
         ::localtime_r(&now, &local);
-        if (seconds != static_cast<uint64_t>(day - 1) * 86400 + 43200 || local.tm_gmtoff != -18000) ++failed;
+        char text[32];
+        ZfxFormatIso8601(static_cast<time_t>(seconds), text, sizeof text);
+        if (seconds != static_cast<uint64_t>(day - 1) * 86400 + 43200 || local.tm_gmtoff != -18000 ||
+            ZfxParseTimestamp(text, std::strlen(text), nullptr) != seconds) {
+          ++failed;
+        }
       }
     });
   }
