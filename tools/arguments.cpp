@@ -1,7 +1,8 @@
-// Parsing of options and operands.
+// Parsing of options, operands and numbers.
 #include "arguments.hpp"
 
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
 
 namespace tools {
@@ -51,6 +52,16 @@ std::optional<std::string> Arguments::value(const std::string &option) const {
 void Arguments::require_operands(std::size_t least, std::size_t most) const {
   if (operands_.size() < least) throw Misuse("too few arguments");
   if (operands_.size() > most) throw Misuse("unexpected argument '" + operands_[most] + "'");
+}
+
+int32_t number_of(const std::string &word, const char *kind, int32_t least, int32_t most) {
+  int32_t number = 0;
+  const char *const end = word.data() + word.size();
+  const auto [stop, error] = std::from_chars(word.data(), end, number);
+  if (error != std::errc() || stop != end || number < least || number > most) {
+    throw Misuse("'" + word + "' is no " + kind);
+  }
+  return number;
 }
 
 }  // namespace tools

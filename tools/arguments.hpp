@@ -1,6 +1,7 @@
 // The words behind a command's name, told apart into options and operands.
 #pragma once
 
+#include <cstdint>
 #include <initializer_list>
 #include <map>
 #include <optional>
@@ -31,5 +32,9 @@ class Arguments {
   std::map<std::string, std::string> options_;
   Words operands_;
 };
+
+/// The decimal number that a word is. Throws Misuse, "'WORD' is no KIND", for anything else.
+int32_t number_of(const std::string &word, const char *kind, int32_t least = INT32_MIN,
+                  int32_t most = INT32_MAX);
 
 }  // namespace tools

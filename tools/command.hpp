@@ -33,12 +33,16 @@ struct Command {
 };
 
 // The commands, each in the file of its name (tools/<name>_command.cpp).
+extern const Command kConnectCommand;
 extern const Command kDataareaCommand;
 extern const Command kDateCommand;
 extern const Command kJsonCommand;
+extern const Command kExecCommand;
+extern const Command kListenCommand;
 extern const Command kLogCommand;
 extern const Command kSettingsCommand;
 extern const Command kStartupCommand;
 extern const Command kVersionCommand;
+extern const Command kWhoamiCommand;
 
 }  // namespace tools

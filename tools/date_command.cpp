@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <ctime>
 #include <string>
@@ -28,14 +27,6 @@ int32_t unit_of(const std::string &name) {
     if (name == unit.name) return unit.code;
   }
   throw Misuse("unknown unit '" + name + "'");
-}
-
-int32_t number_of(const std::string &text) {
-  int32_t number = 0;
-  const char *end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  if (error != std::errc{} || stop != end) throw Misuse("'" + text + "' is no number of 32 bits");
-  return number;
 }
 
 // The seconds of a written date; 0 when it is none.
@@ -76,13 +67,14 @@ time_t base_of(const Words &operands) {
 
 int print_moved_date(const Arguments &arguments) {
   arguments.require_operands(1, 2);
-  const int32_t amount = number_of(*arguments.value("--add"));
+  const int32_t amount = number_of(*arguments.value("--add"), "number of 32 bits");
   const int32_t unit = unit_of(arguments.operands()[0]);
   const auto mode = arguments.value("--mode");
   time_t moved = 0;
   errno = 0;
-  const int32_t result = ZfxDateDelta(base_of(arguments.operands()), amount, unit,
-                                      mode ? number_of(*mode) : kKeepDate, 0, &moved, nullptr);
+  const int32_t result =
+      ZfxDateDelta(base_of(arguments.operands()), amount, unit,
+                   mode ? number_of(*mode, "number of 32 bits") : kKeepDate, 0, &moved, nullptr);
   if (result != 0 || (moved == -1 && errno == EOVERFLOW)) throw Failure("the date cannot be represented");
   print_time(moved);
   return kSuccess;

@@ -1,7 +1,6 @@
 // zorvcrt log: writes one line to a log file.
 #include <zorvcrt.h>
 
-#include <charconv>
 #include <memory>
 
 #include "arguments.hpp"
@@ -26,20 +25,12 @@ std::string joined(Words::const_iterator word, Words::const_iterator end) {
   return text;
 }
 
-int32_t number_in(const std::string &text) {
-  int32_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size())
-    throw Misuse("'" + text + "' is no error number");
-  return number;
-}
-
 int run(const Words &words) {
   const Arguments arguments(words, {}, {"--error", "--location"});
   arguments.require_operands(3, SIZE_MAX);
   const Words &operands = arguments.operands();
   const uint32_t level = log_level(operands[1]);
-  const int32_t error = number_in(arguments.value("--error").value_or("0"));
+  const int32_t error = number_of(arguments.value("--error").value_or("0"), "error number");
   const std::string location = arguments.value("--location").value_or("");
   const std::string message = joined(operands.begin() + 2, operands.end());
 

@@ -19,6 +19,10 @@ constexpr std::array kCommands = {
     &kJsonCommand,
     &kLogCommand,
     &kDateCommand,
+    &kExecCommand,
+    &kListenCommand,
+    &kConnectCommand,
+    &kWhoamiCommand,
     &kVersionCommand,
 };
 // clang-format on
