@@ -34,6 +34,8 @@ struct Command {
 
 // The commands, each in the file of its name (tools/<name>_command.cpp).
 extern const Command kConnectCommand;
+extern const Command kBase64Command;
+extern const Command kConfCommand;
 extern const Command kDataareaCommand;
 extern const Command kDateCommand;
 extern const Command kJsonCommand;
@@ -42,6 +44,8 @@ extern const Command kListenCommand;
 extern const Command kLogCommand;
 extern const Command kSettingsCommand;
 extern const Command kStartupCommand;
+extern const Command kUtf8Command;
+extern const Command kUuCommand;
 extern const Command kVersionCommand;
 extern const Command kWhoamiCommand;
 

@@ -1,0 +1,86 @@
+// zorvcrt base64: Base64 of standard input, or with -d back again, a block at a time.
+#include <zorvcrt.h>
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "arguments.hpp"
+#include "streams.hpp"
+
+namespace tools {
+
+namespace {
+
+constexpr std::size_t kBlock = 3 * 16384;  // whole groups of bytes, and of characters
+
+struct ZfxMemFreer {
+  void operator()(void *block) const { ZfxMemFree(block); }
+};
+
+int encode() {
+  std::vector<char> block(kBlock);
+  std::size_t count = 0;
+  bool any = false;
+  do {
+    count = read_input(block.data(), block.size());
+    char *text = nullptr;
+    const uint32_t length = ZfxBase64Encode(block.data(), static_cast<uint32_t>(count), &text);
+    const std::unique_ptr<char, ZfxMemFreer> owner(text);
+    if (text == nullptr) throw std::bad_alloc();
+    any = any || length != 0;
+    if (!write_output(text, length)) return kFailure;
+  } while (count == block.size());
+  return !any || write_output("\n", 1) ? kSuccess : kFailure;
+}
+
+bool ends_text(char c) {
+  return c == '=' || c == '\0';
+}
+
+bool is_in_alphabet(char c) {
+  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '+' || c == '/';
+}
+
+bool write_decoded(const std::string &characters) {
+  void *bytes = nullptr;
+  const uint32_t count = ZfxBase64Decode(characters.data(), static_cast<uint32_t>(characters.size()), &bytes);
+  const std::unique_ptr<void, ZfxMemFreer> owner(bytes);
+  if (bytes == nullptr) throw std::bad_alloc();
+  return write_output(bytes, count);
+}
+
+// Groups must not be cut at the end of a block, so what is not in the alphabet is left out here already.
+int decode() {
+  std::vector<char> block(kBlock);
+  std::string pending;
+  for (bool more = true; more;) {
+    const std::size_t count = read_input(block.data(), block.size());
+    const auto end = block.begin() + static_cast<std::ptrdiff_t>(count);
+    const auto stop = std::find_if(block.begin(), end, ends_text);
+    more = stop == end && count == block.size();
+    std::copy_if(block.begin(), stop, std::back_inserter(pending), is_in_alphabet);
+    const std::size_t whole = more ? pending.size() / 4 * 4 : pending.size();
+    if (!write_decoded(pending.substr(0, whole))) return kFailure;
+    pending.erase(0, whole);
+  }
+  return kSuccess;
+}
+
+int run(const Words &words) {
+  const Arguments arguments(words, {"-d", "--decode"}, {});
+  arguments.require_operands(0, 0);
+  return arguments.has("-d") || arguments.has("--decode") ? decode() : encode();
+}
+
+}  // namespace
+
+const Command kBase64Command = {"base64", "[-d]", "encode standard input as Base64, or decode it",
+                                "-d, --decode   decode; what is not in the alphabet is skipped, and nothing "
+                                "behind the first '=' counts\n\n"
+                                "The encoded text is one line.\n",
+                                run};
+
+}  // namespace tools

@@ -1,0 +1,45 @@
+// zorvcrt utf8: UCS-2 text of standard input as UTF-8, a block at a time.
+#include <zorvcrt.h>
+
+#include <cstring>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include "arguments.hpp"
+#include "streams.hpp"
+
+namespace tools {
+
+namespace {
+
+constexpr std::size_t kUnitsOfBlock = 32768;
+
+struct ZfxMemFreer {
+  void operator()(char *text) const { ZfxMemFree(text); }
+};
+
+int run(const Words &words) {
+  Arguments(words, {}, {}).require_operands(0, 0);
+  std::vector<uint16_t> units(kUnitsOfBlock);
+  std::size_t size = 0;
+  do {
+    size = read_input(units.data(), units.size() * sizeof(uint16_t));
+    char *text = nullptr;
+    const int32_t length = Ucs2ToUtf8(units.data(), static_cast<int32_t>(size / sizeof(uint16_t)), &text);
+    const std::unique_ptr<char, ZfxMemFreer> owner(text);
+    if (text == nullptr) throw std::bad_alloc();
+    if (!write_output(text, static_cast<std::size_t>(length))) return kFailure;
+    if (size % sizeof(uint16_t) != 0) throw Failure("the input ends in half a unit");
+  } while (size == units.size() * sizeof(uint16_t));
+  return kSuccess;
+}
+
+}  // namespace
+
+const Command kUtf8Command = {
+    "utf8", "", "convert standard input from UCS-2 to UTF-8",
+    "The 16-bit units are in the byte order of this machine; each is converted by itself, surrogates too.\n",
+    run};
+
+}  // namespace tools
