@@ -33,13 +33,13 @@ struct Command {
 };
 
 // The commands, each in the file of its name (tools/<name>_command.cpp).
-extern const Command kConnectCommand;
 extern const Command kBase64Command;
 extern const Command kConfCommand;
+extern const Command kConnectCommand;
 extern const Command kDataareaCommand;
 extern const Command kDateCommand;
-extern const Command kJsonCommand;
 extern const Command kExecCommand;
+extern const Command kJsonCommand;
 extern const Command kListenCommand;
 extern const Command kLogCommand;
 extern const Command kSettingsCommand;

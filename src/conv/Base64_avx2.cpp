@@ -79,9 +79,10 @@ struct Batch {
 ZORVCRT_AVX2 std::size_t base64_encode_wide(const uint8_t *data, std::size_t n, char *out) {
   const std::size_t grouped = n / 3 * 3;
   if (grouped < kWideBytes) return base64_encode_plain(data, n, out);
-  std::size_t done = 0;
-  for (; done + kWideBytes <= grouped; done += kWideBytes) {
-    store_wide(out + done / 3 * 4, characters_of(sextets_of(data + done)));
+  char *to = out;
+  for (const uint8_t *from = data; from <= data + grouped - kWideBytes;
+       from += kWideBytes, to += kWideSextets) {
+    store_wide(to, characters_of(sextets_of(from)));
   }
   // the last whole groups once more together with some in front of them, rather than one by one
   store_wide(out + (grouped - kWideBytes) / 3 * 4, characters_of(sextets_of(data + grouped - kWideBytes)));
