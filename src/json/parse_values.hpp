@@ -79,7 +79,7 @@ Item **new_vector(void *const *items, int32_t count, int32_t capacity) {
 
 /// Long containers that are closed while the rest of the document is still being parsed, and that get their
 /// vectors at its end. Before this libc's heap gives out a large block it merges all small ones that were
-/// ever released; at the end most of those are in use again. Asked for in between, such blocks took a quarter
+/// ever released; at the end most of those are in use again. Asked for in between, such blocks took a seventh
 /// of the time of a document with long lists. What finds no place here gets its vector at once.
 class LateVectors {
  public:
