@@ -108,6 +108,20 @@ TEST(zjson_lex, WrapsIntegersThatDoNotFit) {
   EXPECT_EQ(tokens_of("18446744073709551617"), "INTEGER(1)");
 }
 
+TEST(zjson_lex, ReadsDigitsOfEveryNumberAndTellsTheirNeighboursFromThem) {
+  std::string digits;
+  for (int length = 1; length <= 40; ++length) {
+    digits += static_cast<char>('0' + (length * 7) % 9 + 1);
+    for (const char *end : {"", "/", ":", "\xb0", " ", "."}) {
+      const std::string value = std::to_string(intconv_atoi64s(digits.c_str(), 10, 0));
+      const std::string rest = *end == '\0' || *end == ' ' ? ""
+                               : *end == ':'               ? " :"
+                                                           : " '" + std::string(end) + "'";
+      EXPECT_EQ(tokens_of(digits + end), "INTEGER(" + value + ")" + rest);
+    }
+  }
+}
+
 TEST(zjson_lex, CountsAnIntegerBehindALineEndAsZero) {
   EXPECT_EQ(tokens_of(" \t5"), "INTEGER(5)");
   EXPECT_EQ(tokens_of("\n5"), "INTEGER(0)");
@@ -544,7 +558,8 @@ TEST(zjson_alloc, IsThePlainHeap) {
   block = zjson_realloc(block, 100, nullptr);
   ASSERT_NE(block, nullptr);
   zjson_free(block, scanner.handle);
-  EXPECT_EQ(zjson_alloc(UINT64_MAX, scanner.handle), nullptr);
+  const support::FailingAllocator failing(1);
+  EXPECT_EQ(zjson_alloc(10, scanner.handle), nullptr);
 }
 
 void scan_all(const char *text) {
