@@ -100,25 +100,24 @@ class Parser {
       const int16_t next =
           kStateRecords[static_cast<std::size_t>(state)].shift[static_cast<std::size_t>(token_.symbol)];
       if (next == 0) return kSyntaxError;
-      const uint8_t rule = kStateRecords[static_cast<std::size_t>(next)].rule;
-      if (rule == zorvcrt::kNoRule) {
+      if (zorvcrt::waits_for_token(next)) {
         state = next;
         if (!shift(state)) return kExhausted;
         if (state == zorvcrt::kFinalState) return kAccepted;
         continue;
       }
       if (token_.symbol != Symbol::kArrayEnd && token_.symbol != Symbol::kObjectEnd) {
-        if (!stack_.has_room_for_one() || !store(scalar(rule), state)) return kExhausted;
+        if (!stack_.has_room_for_one() || !store(scalar(), state)) return kExhausted;
         continue;
       }
       StackValue container = {};
-      if (!shift(next) || !carry_out(rule, container)) return kExhausted;
+      const uint8_t rule = kStateRecords[static_cast<std::size_t>(next)].rule;
+      if (!shift(next) || !make_container(rule, container)) return kExhausted;
       stack_.pop(zorvcrt::kRules[rule].length);
       state = stack_.top_state();
       if (state == zorvcrt::kStartState) {
         state = zorvcrt::state_behind(state, zorvcrt::kRules[rule].left);
         if (!enter(state, container, place)) return kExhausted;
-        // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): the stack owns the container
         if (!reduce(kStateRecords[static_cast<std::size_t>(state)].rule, state)) return kExhausted;
       } else if (!store(value_of(container), state)) {
         return kExhausted;
@@ -127,17 +126,17 @@ class Parser {
   }
 
   // The value that the last token is.
-  [[gnu::always_inline]] ZJsonValue *scalar(uint8_t rule) {
-    switch (rule) {
-      case zorvcrt::kValueIsString:
+  [[gnu::always_inline]] ZJsonValue *scalar() {
+    switch (token_.symbol) {
+      case Symbol::kString:
         return zorvcrt::new_string(token_);
-      case zorvcrt::kValueIsNumber:
+      case Symbol::kNumber:
         return zorvcrt::new_number(token_.number);
-      case zorvcrt::kValueIsInteger:
+      case Symbol::kInteger:
         return zorvcrt::new_integer(token_.integer);
-      case zorvcrt::kValueIsTrue:
+      case Symbol::kTrue:
         return ZJsonValue_NewBool(1);
-      case zorvcrt::kValueIsFalse:
+      case Symbol::kFalse:
         return ZJsonValue_NewBool(0);
       default:
         return ZJsonValue_NewNull();
@@ -250,6 +249,20 @@ class Parser {
     return enter(state, value, place);
   }
 
+  // Builds the container that the last token closes; as carry_out().
+  bool make_container(uint8_t rule, StackValue &value) {
+    switch (rule) {
+      case zorvcrt::kEmptyObject:
+        return (value.object = zorvcrt::new_object()) != nullptr;
+      case zorvcrt::kObjectOfMembers:
+        return close(stack_.right(3, 2).first_item, value.object, &ZJsonObject::members);
+      case zorvcrt::kEmptyArray:
+        return (value.array = zorvcrt::new_array()) != nullptr;
+      default:
+        return close(stack_.right(3, 2).first_item, value.array, &ZJsonArray::items);
+    }
+  }
+
   // Builds the value of the left side. False when memory runs out; what stands on the stack then stays there.
   bool carry_out(uint8_t rule, StackValue &value) {
     switch (rule) {
@@ -258,9 +271,10 @@ class Parser {
       case zorvcrt::kStartIsObject:
         return make_document(ZJSON_OBJECT, stack_.right(1, 1).object);
       case zorvcrt::kEmptyObject:
-        return (value.object = zorvcrt::new_object()) != nullptr;
       case zorvcrt::kObjectOfMembers:
-        return close(stack_.right(3, 2).first_item, value.object, &ZJsonObject::members);
+      case zorvcrt::kEmptyArray:
+      case zorvcrt::kArrayOfElements:
+        return make_container(rule, value);
       case zorvcrt::kFirstMember:
         value.first_item = items_.size();
         return items_.push(stack_.right(1, 1).member);
@@ -273,10 +287,6 @@ class Parser {
         value.member->name = stack_.right(3, 1).name;
         value.member->value = stack_.right(3, 3).value;
         return true;
-      case zorvcrt::kEmptyArray:
-        return (value.array = zorvcrt::new_array()) != nullptr;
-      case zorvcrt::kArrayOfElements:
-        return close(stack_.right(3, 2).first_item, value.array, &ZJsonArray::items);
       case zorvcrt::kFirstElement:
         value.first_item = items_.size();
         return items_.push(stack_.right(1, 1).value);

@@ -147,6 +147,19 @@ inline constexpr std::array<StateRecord, kStates> kStateRecords = {{
     {22, kNextElement, kNoShift},                                         // 29 next VALUE
 }};
 
+/// Whether a state has no rule to be carried out whatever comes: a bit for each, quicker than its record.
+inline constexpr uint32_t kWaitingStates = [] {
+  uint32_t states = 0;
+  for (std::size_t state = 0; state < kStateRecords.size(); ++state) {
+    if (kStateRecords[state].rule == kNoRule) states |= 1U << state;
+  }
+  return states;
+}();
+
+inline bool waits_for_token(int16_t state) {
+  return (kWaitingStates >> state & 1U) != 0;
+}
+
 /// The state behind a nonterminal, by the state before it; 0 where it cannot come.
 // $accept START OBJECT MEMBERS PAIR ARRAY ELEMENTS VALUE
 inline constexpr auto kGoto = [] {
