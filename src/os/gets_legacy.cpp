@@ -10,10 +10,10 @@ char *gets_legacy(char *buffer) {
     return nullptr;
   }
   char *end = buffer;
-  ::flockfile(stdin);  // once for the line, not for each character
-  int c = ::getc_unlocked(stdin);
+  ::flockfile(stdin);  // threads that read at the same time get whole lines
+  int c = std::fgetc(stdin);
   const bool at_end = c == EOF;
-  for (; c != EOF && c != '\n'; c = ::getc_unlocked(stdin)) {
+  for (; c != EOF && c != '\n'; c = std::fgetc(stdin)) {
     *end++ = static_cast<char>(c);
   }
   ::funlockfile(stdin);

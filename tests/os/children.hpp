@@ -28,7 +28,7 @@ extern "C" pid_t fork() noexcept {
   }
   static const auto next = reinterpret_cast<pid_t (*)()>(::dlsym(RTLD_NEXT, "fork"));
   const pid_t child = next();
-  heap_is_closed = child == 0 && heap_is_closed_to_children;
+  if (child == 0) heap_is_closed = heap_is_closed_to_children;
   return child;
 }
 
