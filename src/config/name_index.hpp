@@ -98,10 +98,11 @@ class NameIndex {
     bucket.last = &node;
   }
 
-  // Counts one more node; when there are too many for the buckets, sorts the whole list into twice as many.
+  // Counts one more node; when there are too many for the buckets, sorts the whole list into four times as
+  // many.
   bool grown(Node *first) {
     if (++count_ <= (limit_ == 0 ? kSmallest : limit_)) return false;
-    const uint32_t limit = limit_ == 0 ? 4 * kSmallest : 2 * limit_;
+    const uint32_t limit = limit_ == 0 ? 4 * kSmallest : 4 * limit_;
     auto *buckets = static_cast<Bucket *>(std::calloc(limit, sizeof(Bucket)));
     if (buckets == nullptr) return false;
     std::free(buckets_);

@@ -1,6 +1,6 @@
 // The Base64 loops on AVX2 registers: 24 bytes or 32 characters a step, a fifth of the time of the plain
 // ones.
-#include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
 
@@ -56,23 +56,69 @@ ZORVCRT_AVX2 uint32_t padding_in(__m256i characters) {
   return static_cast<uint32_t>(_mm256_movemask_epi8(padding));
 }
 
+using Order = std::array<uint8_t, 8>;
+
+// For every set of valid places among eight, the places in order; what follows them means nothing.
+constexpr std::array<Order, 256> make_orders() {
+  std::array<Order, 256> orders{};
+  for (std::size_t valid = 0; valid < orders.size(); ++valid) {
+    std::size_t count = 0;
+    for (uint8_t place = 0; place < 8; ++place) {
+      if ((valid >> place & 1) != 0) orders[valid][count++] = place;
+    }
+  }
+  return orders;
+}
+
+alignas(64) constexpr std::array<Order, 256> kOrders = make_orders();
+
+ZORVCRT_AVX2 uint8_t *add_eight(__m128i sextets, uint32_t valid, uint8_t *to) {
+  const void *order = kOrders[valid].data();
+  const __m128i ordered = _mm_shuffle_epi8(sextets, _mm_loadl_epi64(static_cast<const __m128i *>(order)));
+  _mm_storel_epi64(static_cast<__m128i *>(static_cast<void *>(to)), ordered);
+  return to + std::popcount(valid);
+}
+
+// Strings together the valid ones of 32 sextets, eight at a time by a table: a branch on what is invalid
+// would be mispredicted about as often as there are line breaks.
+ZORVCRT_AVX2 uint8_t *add_valid(Sextets sextets, uint8_t *to) {
+  const uint32_t valid = ~sextets.invalid;
+  const __m128i low = _mm256_castsi256_si128(sextets.values);
+  const __m128i high = _mm256_extracti128_si256(sextets.values, 1);
+  to = add_eight(low, valid & 0xFF, to);
+  to = add_eight(_mm_unpackhi_epi64(low, low), valid >> 8 & 0xFF, to);
+  to = add_eight(high, valid >> 16 & 0xFF, to);
+  return add_eight(_mm_unpackhi_epi64(high, high), valid >> 24, to);
+}
+
 // Sextets on their way into bytes. From the first skipped character on they no longer come in whole groups,
 // so they are strung together here; packing a batch at a time keeps loads away from stores just made.
 struct Batch {
   static constexpr std::size_t kFull = 512;
   alignas(32) uint8_t sextets[kFull + kWideSextets];
-  std::size_t count = 0;
 
-  ZORVCRT_AVX2 uint8_t *pack(uint8_t *out) {
-    std::size_t packed = 0;
-    for (; count - packed >= kWideSextets; packed += kWideSextets, out += kWideBytes) {
-      pack_sextets(out, load_wide(sextets + packed));
+  // Packs all but the last up to 31 sextets, which move to the front. Gives their end.
+  ZORVCRT_AVX2 uint8_t *pack(const uint8_t *end, uint8_t *&out) {
+    const uint8_t *from = sextets;
+    for (; end - from >= static_cast<std::ptrdiff_t>(kWideSextets); from += kWideSextets, out += kWideBytes) {
+      pack_sextets(out, load_wide(from));
     }
-    count -= packed;
-    std::memmove(sextets, sextets + packed, count);
-    return out;
+    const auto left = static_cast<std::size_t>(end - from);
+    std::memmove(sextets, from, left);
+    return sextets + left;
   }
 };
+
+// Decodes whole blocks as long as every character is valid. Gives the number of characters.
+ZORVCRT_AVX2 std::size_t decode_clean(const char *text, std::size_t n, uint8_t *out) {
+  std::size_t done = 0;
+  for (; n - done >= kWideSextets; done += kWideSextets, out += kWideBytes) {
+    const Sextets sextets = decoded(load_wide(text + done));
+    if (sextets.invalid != 0) break;
+    pack_sextets(out, sextets.values);
+  }
+  return done;
+}
 
 }  // namespace
 
@@ -92,34 +138,20 @@ ZORVCRT_AVX2 std::size_t base64_encode_wide(const uint8_t *data, std::size_t n, 
 
 ZORVCRT_AVX2 std::size_t base64_decode_wide(const char *text, std::size_t n, uint8_t *out) {
   const uint8_t *const start = out;
+  std::size_t done = decode_clean(text, n, out);
+  out += done / 4 * 3;
   Batch batch;
-  std::size_t done = 0;
-  while (n - done >= kWideSextets) {
+  uint8_t *end = batch.sextets;
+  for (; n - done >= kWideSextets; done += kWideSextets) {
     const __m256i characters = load_wide(text + done);
-    const Sextets sextets = decoded(characters);
-    if (sextets.invalid == 0 && batch.count == 0) {
-      pack_sextets(out, sextets.values);
-      out += kWideBytes;
-      done += kWideSextets;
-      continue;
-    }
-    const auto valid = static_cast<std::size_t>(std::countr_zero(sextets.invalid));
-    store_wide(batch.sextets + batch.count, sextets.values);
-    batch.count += valid;
-    if (batch.count >= Batch::kFull) out = batch.pack(out);
-    done += valid;
-    if (valid == kWideSextets) continue;
-    const auto skipped = static_cast<std::size_t>(std::countr_one(sextets.invalid >> valid));
-    if (std::countr_zero(padding_in(characters)) < static_cast<int>(valid + skipped)) {
-      n = done;  // nothing behind the padding counts
-      break;
-    }
-    done += skipped;
+    if (padding_in(characters) != 0) break;
+    end = add_valid(decoded(characters), end);
+    if (end >= batch.sextets + Batch::kFull) end = batch.pack(end, out);
   }
-  out = batch.pack(out);
+  end = batch.pack(end, out);
   SextetPacker packer(out);
-  for (std::size_t i = 0; i < batch.count; ++i) {
-    packer.put(batch.sextets[i]);
+  for (const uint8_t *sextet = batch.sextets; sextet != end; ++sextet) {
+    packer.put(*sextet);
   }
   base64_pack(packer, text + done, n - done);
   return static_cast<std::size_t>(packer.finish() - start);
