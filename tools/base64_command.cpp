@@ -14,7 +14,7 @@ namespace tools {
 
 namespace {
 
-constexpr std::size_t kBlock = 3 * 16384;  // whole groups of bytes, and of characters
+constexpr std::size_t kBlock = std::size_t{3} * 16384;  // whole groups of bytes, and of characters
 
 struct ZfxMemFreer {
   void operator()(void *block) const { ZfxMemFree(block); }

@@ -20,8 +20,9 @@ struct Setting {
 };
 
 void load_settings() {
-  if (QuorConfExists() == 0)
+  if (QuorConfExists() == 0) {
     throw Failure(std::string("the settings cannot be loaded: ") + std::strerror(errno));
+  }
 }
 
 std::vector<Setting> settings_in(int32_t mask) {
@@ -42,8 +43,9 @@ void print_for_people(const std::vector<Setting> &settings) {
   }
   int32_t level = 0;
   for (const Setting &setting : settings) {
-    if (setting.level != level)
+    if (setting.level != level) {
       std::printf("%s%s\n", level == 0 ? "" : "\n", settings_level_name(setting.level));
+    }
     level = setting.level;
     std::printf("  %-*s  %s\n", static_cast<int>(width), setting.name.c_str(), setting.value.c_str());
   }

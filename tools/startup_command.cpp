@@ -138,8 +138,9 @@ void log_everywhere(const std::string &path) {
 int run(const Words &words) {
   Arguments(words, {}, {}).require_operands(0, 0);
   show_search_order();
-  if (QuorConfExists() == 0)
+  if (QuorConfExists() == 0) {
     throw Failure(std::string("the settings cannot be loaded: ") + std::strerror(errno));
+  }
   heading("The settings");
   QuorConfPrint();
   show_queries();

@@ -9,7 +9,8 @@
 namespace zorvcrt {
 
 /// A zero-filled block of malloc(), or null. For small blocks malloc and a memset of our own are quicker than
-/// calloc, which on this libc passes by the per-thread cache of freed blocks (1.5 times the time at 64 bytes).
+/// calloc, which on this libc passes by the per-thread cache of freed blocks (1.5 times the time at 64
+/// bytes).
 [[gnu::always_inline]] inline void *zero_filled_small(std::size_t size) {
   void *block = std::malloc(size);
 #ifndef __clang_analyzer__  // which would lose the block here

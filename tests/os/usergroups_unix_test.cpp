@@ -126,7 +126,8 @@ TEST_F(ZfxGetUserGroupsTest, FailsForAUserWhomTheDatabaseDoesNotKnow) {
   EXPECT_EQ(names(), Names{});
   EXPECT_EQ(result, -1);
   EXPECT_FALSE(has_list);
-  EXPECT_TRUE(std::string(message).starts_with("ZfxGetUserGroups line 42: Error 0 in getpwuid(): ")) << message;
+  EXPECT_TRUE(std::string(message).starts_with("ZfxGetUserGroups line 42: Error 0 in getpwuid(): "))
+      << message;
   names(false);
   EXPECT_EQ(result, -1);
 }
