@@ -83,8 +83,8 @@ class Parser {
   }
 
   // The same automaton with the reductions that wait for no token carried out together: a value goes into its
-  // container at once, and only what waits for a token is put on the stack. A document parses in two thirds
-  // of the time of the single steps.
+  // container at once, and only what waits for a token is put on the stack. The single steps take a quarter
+  // more time.
   Outcome walk_quickly() {
     ZJsonLocation place = place_;
     const Outcome outcome = walk_quickly(place);
