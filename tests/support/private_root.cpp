@@ -101,14 +101,15 @@ void build_private_root() {
   unshare_mounts();
 
   // The new root grows in a fresh file system mounted on /tmp, so nothing is left behind outside;
-  // the machine's own /tmp is kept reachable through a descriptor.
-  const int outer_tmp = ::open("/tmp", O_PATH | O_DIRECTORY | O_CLOEXEC);
+  // the machine's own /tmp waits aside until it has its place.
+  const int outer_tmp = ::open_tree(AT_FDCWD, "/tmp", OPEN_TREE_CLONE | OPEN_TREE_CLOEXEC | AT_RECURSIVE);
   require(outer_tmp >= 0, "/tmp");
   require(::mount("tmpfs", "/tmp", "tmpfs", 0, "mode=0755") == 0, "tmpfs");
   const fs::path root = "/tmp/root";
   show_entries("/", root, {"tmp", "usr", ".ZORVrcs"});
   fs::create_directory(root / "tmp");
-  bind("/proc/self/fd/" + std::to_string(outer_tmp), root / "tmp");
+  require(::move_mount(outer_tmp, "", AT_FDCWD, (root / "tmp").c_str(), MOVE_MOUNT_F_EMPTY_PATH) == 0,
+          "the place of /tmp");
   ::close(outer_tmp);
   show_entries("/usr", root / "usr", {"lib", "local"});
   show_entries("/usr/lib", root / "usr/lib", {"libquor.so"});
