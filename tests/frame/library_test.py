@@ -208,13 +208,20 @@ class Rooms(unittest.TestCase):
 
 
 class Guides(unittest.TestCase):
-    def test_show_example_programs_as_they_are(self):
-        """A C block below a comment that names an example, <!-- examples/x.c -->, is that file."""
-        shown = [block for guide in sorted((SOURCE / "docs").glob("*.md"))
-                 for block in re.findall(r"<!-- (examples/\w+\.c) -->\n```c\n(.*?)```\n", guide.read_text(), re.S)]
-        self.assertGreater(len(shown), 0)
-        for example, text in shown:
-            self.assertEqual(text, (SOURCE / example).read_text(), example)
+    def test_show_only_code_that_is_run(self):
+        """A C block stands below a comment that names the example that it is, or the test that runs it."""
+        guides = [SOURCE / "README.md", *sorted((SOURCE / "docs").glob("*.md"))]
+        shown = [(guide.name, *block) for guide in guides
+                 for block in re.findall(r"([^\n]*)\n```c\n(.*?)```\n", guide.read_text(), re.S)]
+        self.assertGreater(len(shown), 5)
+        for guide, above, text in shown:
+            named = re.fullmatch(r"<!-- (run by )?(\S+) -->", above)
+            self.assertTrue(named, f"{guide}: a C block without its example: {above}")
+            source = (SOURCE / named[2]).read_text()
+            if named[1]:
+                self.assertIn(guide, source, "the test does not read the guide")
+            else:
+                self.assertEqual(text, source, named[2])
 
 
 if __name__ == "__main__":
