@@ -193,6 +193,30 @@ class Headers(unittest.TestCase):
                 self.assertRegex(rooms, rf"\n    {re.escape(header.name)}\n")
 
 
+class Installation(unittest.TestCase):
+    def test_serves_hosts_that_find_it_by_cmake_or_by_hand(self):
+        with tempfile.TemporaryDirectory() as folder:
+            prefix, host = Path(folder) / "prefix", Path(folder) / "host"
+            output_of("cmake", "--install", str(BINARY), "--prefix", str(prefix))
+            host.mkdir()
+            shutil.copy(SOURCE / "examples" / "version.c", host / "host.c")
+            (host / "CMakeLists.txt").write_text(
+                "cmake_minimum_required(VERSION 3.25)\nproject(host C)\n"
+                "find_package(zorvcrt_core 2 REQUIRED CONFIG)\n"
+                "foreach(kind core core_static)\n  add_executable(with_${kind} host.c)\n"
+                "  target_link_libraries(with_${kind} PRIVATE zorvcrt::${kind})\nendforeach()\n")
+            output_of("cmake", "-S", str(host), "-B", str(host / "build"), f"-DCMAKE_PREFIX_PATH={prefix}",
+                      f"-DCMAKE_C_COMPILER={CC}")
+            output_of("cmake", "--build", str(host / "build"))
+            library = next(prefix.rglob("libzorvcrt_core.so")).parent
+            output_of(CC, str(host / "host.c"), f"-I{prefix}/include/zorvcrt", f"-L{library}", "-lzorvcrt_core",
+                      f"-Wl,-rpath,{library}", "-o", str(host / "by_hand"))
+            for program in ("build/with_core", "build/with_core_static", "by_hand"):
+                self.assertEqual(output_of(str(host / program)), "zorvcrt 8.4-4:1\n", program)
+            self.assertEqual(output_of(str(prefix / "bin" / "zorvcrt"), "version"), "zorvcrt_core 8.4-4:1\n")
+            self.assertTrue((library / "pkgconfig" / "zorvcrt_core.pc").exists())
+
+
 class Rooms(unittest.TestCase):
     def test_do_not_see_the_rooms_above(self):
         """An include that runs upwards does not compile: the lowest room cannot find the header of another."""
