@@ -29,9 +29,9 @@ ZFX_BEGIN_DECLS
  * of. In which order names come is up to the file system.
  *
  * New directories have the mode 0776 less the umask. A walk ends at the latest where a file name cannot grow
- * any more (127 names deep, 4095 bytes of path), and a call makes or visits at most 16,384 directories below
- * the destination. Each level holds one descriptor open. Re-entrant; the current directory is that of the
- * process and must stay the same during the call.
+ * any more (127 names deep, 4095 bytes of path), and at most 16,384 directories are made or visited below
+ * each name of the first level. Each level holds one descriptor open. Re-entrant; the current directory is
+ * that of the process and must stay the same during the call.
  */
 ZFX_API int32_t CopyDirTree(const char *destination, const char *source);
 

@@ -28,7 +28,8 @@ ZFX_BEGIN_DECLS
  * after it: "a,,b" gives "a", then ",b". A delimiter at the very end adds no field ("a," is one field), but
  * white space behind it does ("a, " is "a" and an empty field).
  *
- * Re-entrant; white space is what isspace() says in the process locale.
+ * A line is read up to the offset INT32_MAX. Re-entrant; white space is what isspace() says in the process
+ * locale.
  */
 ZFX_API int32_t ZfxNextToken(const char *string, char delimiter, char *out, int32_t size, int32_t *position);
 

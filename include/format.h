@@ -19,8 +19,8 @@ ZFX_BEGIN_DECLS
  * @param format a printf format; null counts as empty
  * @return @p buffer
  *
- * A value that the C library refuses to format (a wide character without a multibyte form) gives an empty
- * text. Re-entrant.
+ * A value that the C library refuses to format (a wide character without a multibyte form) ends the text
+ * where it would stand. Re-entrant.
  */
 ZFX_API char *string_format(char *buffer, int32_t size, const char *format, ...) ZFX_PRINTF(3, 4);
 

@@ -109,7 +109,7 @@ ZFX_API void Logger_SetTextEncoding(Logger *logger, const char *name);
  * @param location where in the source, usually from ZfxGetSourceLocation(); null or empty for none. Location
  *                 and the ": " behind it are cut at 511 characters together.
  * @param format   a printf format; null counts as empty. A message of more than 65534 characters is cut. A
- *                 value that the C library refuses to format gives an empty message.
+ *                 value that the C library refuses to format ends the message where it would stand.
  *
  * A message of more than 8191 characters takes a heap block for the length of the call; when memory for it is
  * lacking, the message is cut there.

@@ -44,11 +44,22 @@ int print_section(const Config &config, const std::string &name, const std::stri
   return kSuccess;
 }
 
+// A folder would read as an empty file.
+void require_file(const std::string &path) {
+  ZfxFileStatus status;
+  const bool exists = ZfxStatFile(&status, path.c_str()) == 0;
+  if (exists && (status.flags & ZFX_FILE_DIRECTORY) != 0) throw Failure(path + ": " + std::strerror(EISDIR));
+}
+
 int run(const Words &words) {
   const Arguments arguments(words, {"--dir"}, {});
   arguments.require_operands(1, 3);
   const Words &operands = arguments.operands();
-  const std::unique_ptr<Config, Closer> config(Config_Open(operands[0].c_str()));
+  require_file(operands[0]);
+  // A folder in ConfigDir counts from the folder in the name of the file, so the name gets one.
+  const bool has_folder = operands[0].find('/') != std::string::npos;
+  const std::string path = has_folder ? operands[0] : "./" + operands[0];
+  const std::unique_ptr<Config, Closer> config(Config_Open(path.c_str()));
   if (!config) throw Failure(operands[0] + ": " + std::strerror(errno));
   if (arguments.has("--dir") && Config_DirOpen(config.get(), nullptr, nullptr) != 0) {
     throw Failure(operands[0] + ": no folder that ConfigDir names can be opened");

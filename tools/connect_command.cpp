@@ -37,8 +37,9 @@ int run(const Words &words) {
     connection.write_line(line.data());
     const auto answer = connection.read_line(timeout);
     if (!answer) throw Failure("the server has closed the connection");
-    std::puts(answer->c_str());
+    if (std::puts(answer->c_str()) < 0 || std::fflush(stdout) != 0) return kFailure;
   }
+  if (std::ferror(stdin) != 0) throw Failure("standard input cannot be read");
   return kSuccess;
 }
 

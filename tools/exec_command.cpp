@@ -2,6 +2,7 @@
 #include <sys/wait.h>
 #include <zorvcrt.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -32,6 +33,7 @@ int run_for_a_time(const char *command, int32_t milliseconds) {
   if (ended == 1 && code == -1 && ZfxWaitProcess(process, 0, &code) == 0) ended = 0;
   if (ended == 1 && code >= 0) return code;
   if (ended == 1) throw Failure("ended by a signal");
+  if (ended < 0) throw Failure("the system does not tell how the program ended");
   ZfxKillProcess(process);
   ZfxWaitProcess(process, -1, nullptr);
   std::fprintf(stderr, "zorvcrt exec: not ended after %d ms, killed\n", milliseconds);
@@ -42,6 +44,7 @@ int run(const Words &words) {
   const Arguments arguments(words, {}, {"--timeout"});
   arguments.require_operands(1, 1);
   const char *const command = arguments.operands()[0].c_str();
+  std::signal(SIGCHLD, SIG_DFL);  // a parent's choice to ignore it would hide how the program ends
   const auto timeout = arguments.value("--timeout");
   if (!timeout) return run_to_the_end(command);
   return run_for_a_time(command, number_of(*timeout, "number of milliseconds", 0));
@@ -53,8 +56,8 @@ const Command kExecCommand = {
     "exec", "[--timeout MS] COMMAND", "start a program from a command line and wait for it",
     "COMMAND is one word, cut up without a shell: blanks separate, \" and ' hold together, a quote that\n"
     "is not closed ends the child by signal 11. The exit status is the program's, 1 when it cannot be\n"
-    "started, 128 and the number of the signal that ended it, and 124 when it was killed after MS\n"
-    "sleeps of one millisecond.\n",
+    "started, 128 and the number of the signal that ended it (with --timeout 1 for any signal), and 124\n"
+    "when it was killed after MS sleeps of one millisecond.\n",
     run};
 
 }  // namespace tools

@@ -1,6 +1,7 @@
 // zorvcrt json: documents checked and printed again, compact or pretty.
 #include <zorvcrt.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -18,15 +19,31 @@ struct Deleter {
 using UniqueDocument = std::unique_ptr<ZJsonExpression, Deleter>;
 
 constexpr char kStandardInput[] = "-";
-constexpr int32_t kNoMemory = 63;  // of ZJsonExpression_ParseFile()
+
+struct Stream {
+  explicit Stream(const std::string &file)
+      : stream(file == kStandardInput ? stdin : std::fopen(file.c_str(), "rb")) {}
+  ~Stream() {
+    if (stream != nullptr && stream != stdin) std::fclose(stream);
+  }
+  Stream(const Stream &) = delete;
+  Stream &operator=(const Stream &) = delete;
+
+  // The parser ends the process when its input cannot be read, so the first byte is tried before it.
+  [[nodiscard]] bool is_readable() const {
+    if (stream == nullptr) return false;
+    const int c = std::getc(stream);
+    if (c != EOF) std::ungetc(c, stream);
+    return c != EOF || std::ferror(stream) == 0;
+  }
+
+  FILE *stream;
+};
 
 UniqueDocument read_document(const std::string &file) {
-  ZJsonExpression *document = nullptr;
-  const bool is_standard_input = file == kStandardInput;
-  const int32_t error = is_standard_input ? 0 : ZJsonExpression_ParseFile(&document, file.c_str());
-  if (is_standard_input) document = ZJsonExpression_ParseStream(stdin);
-  if (error != 0 && error != kNoMemory) throw Failure(file + ": " + std::strerror(error));
-  UniqueDocument owner(document);
+  const Stream input(file);
+  if (!input.is_readable()) throw Failure(file + ": " + std::strerror(errno));
+  UniqueDocument owner(ZJsonExpression_ParseStream(input.stream));
   if (owner == nullptr) throw Failure(file + ": not enough memory");
   if (owner->errorMessage != nullptr) throw Failure(file + ": " + owner->errorMessage);
   return owner;
@@ -58,7 +75,8 @@ int run(const Words &words) {
 const Command kJsonCommand = {
     "json", "[--compact|--pretty] [FILE...]", "check JSON documents and print them again",
     "Reads standard input, or each FILE, where - stands for standard input. Prints pretty, unless told\n"
-    "--compact. A syntax error is reported with its line and column, exit status 1.\n",
+    "--compact. A syntax error is reported with its line and column, exit status 1. A line feed\n"
+    "between two strings ends the scanner of the library, and with it the command: exit status 2.\n",
     run};
 
 }  // namespace tools

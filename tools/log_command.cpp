@@ -63,7 +63,8 @@ void log_line(Logger *logger, uint32_t level, const char *location, int32_t erro
 const Command kLogCommand = {
     "log", "FILE LEVEL MESSAGE... [--error N] [--location TEXT]", "append one line to a log file",
     "FILE is created when it is missing; '-' is standard error. LEVEL is fatal, error, warning,\n"
-    "info, debug or 1 to 5. Put '--' in front of a message with words that begin with '-'.\n",
+    "info, debug or 1 to 5. Put '--' in front of a message with words that begin with '-'. Only opening\n"
+    "the file is checked: as in a host, a line that a full disk refuses is lost in silence.\n",
     run};
 
 }  // namespace tools

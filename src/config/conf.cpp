@@ -63,10 +63,14 @@ int32_t Config_TokenizeValue(const ConfigEntry *entry, char separator, ConfigTok
   const zorvcrt::UniqueMalloc<char> value(::strdup(entry->value));
   if (!value) return -1;
   std::array<char, kTokenArea> area;
-  int32_t position = 0;
-  while (ZfxNextToken(value.get(), separator, area.data(), kTokenArea, &position) != 0) {
+  // Each call begins at what is left, so that a long value is not walked again for every token of it.
+  const char *rest = value.get();
+  int32_t taken = 0;
+  while (ZfxNextToken(rest, separator, area.data(), kTokenArea, &taken) != 0) {
     const char *token = without_empty_fields(area.data(), separator);
     if (*token != '\0') callback(user_data, token);
+    rest += taken;
+    taken = 0;
   }
   return 0;
 }

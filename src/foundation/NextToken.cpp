@@ -32,7 +32,8 @@ int32_t ZfxNextToken(const char *string, char delimiter, char *out, int32_t size
   const std::size_t room = room_in(out, size);
   const char *const field = string + start;
   zorvcrt::copy_text(out, size, "");
-  if (*field == '\0') {
+  // At the largest offset that can be told, too, there is no going on: the next call would begin here again.
+  if (*field == '\0' || start == INT32_MAX) {
     store_offset(position, start);
     return 0;
   }

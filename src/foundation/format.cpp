@@ -10,7 +10,8 @@ char *string_format(char *buffer, int32_t size, const char *format, ...) {
   if (format == nullptr) return buffer;
   va_list arguments;
   va_start(arguments, format);
-  if (std::vsnprintf(buffer, static_cast<std::size_t>(size), format, arguments) < 0) *buffer = '\0';
+  // A value that cannot be formatted leaves what stands in front of it, terminated.
+  std::vsnprintf(buffer, static_cast<std::size_t>(size), format, arguments);
   va_end(arguments);
   return buffer;
 }

@@ -55,7 +55,7 @@ ZJsonExpression *ZJsonExpression_ParseStream(FILE *stream) {
 
 int32_t ZJsonExpression_ParseFile(ZJsonExpression **out, const char *path) {
   if (out == nullptr || path == nullptr) return EINVAL;
-  const zorvcrt::UniqueFile file(std::fopen(path, "rb"));
+  const zorvcrt::UniqueFile file(std::fopen(path, "rbe"));
   if (!file) return errno;
   *out = ZJsonExpression_ParseStream(file.get());
   return *out == nullptr ? kNoDocument : 0;

@@ -70,9 +70,10 @@ std::size_t format_message(char *area, std::size_t bound, const char *format, st
     __attribute__((format(printf, 3, 0)));
 
 std::size_t format_message(char *area, std::size_t bound, const char *format, std::va_list arguments) {
-  const int length = format == nullptr ? -1 : std::vsnprintf(area, bound, format, arguments);
-  if (length < 0) *area = '\0';
-  return static_cast<std::size_t>(std::max(length, 0));
+  *area = '\0';
+  const int length = format == nullptr ? 0 : std::vsnprintf(area, bound, format, arguments);
+  // A value that cannot be formatted leaves what stands in front of it, terminated.
+  return length < 0 ? std::strlen(area) : static_cast<std::size_t>(length);
 }
 
 void write_all(int descriptor, std::string_view text) {

@@ -3,7 +3,8 @@
 // What ends the recursion: names hold no '/', so all that is appended to the source lengthens the last
 // component of its path, and a component has at most NAME_MAX bytes. A "\" and a name take two of them at
 // least. Links cannot change that, because the walk never leaves ".". But one source may be reached by many
-// sequences of names ("a" then "b" or "a\b" at once), so the number of visits is bounded as well.
+// sequences of names ("a" then "b" or "a\b" at once), so the number of visits is bounded as well, for each
+// name of the first level anew: a flat structure may have any number of them.
 #include "CopyDirTree.h"
 
 #include <dirent.h>
@@ -21,7 +22,7 @@
 namespace {
 
 constexpr int kDeepestLevel = NAME_MAX / 2;
-constexpr int kMostVisits = 16384;
+constexpr int kMostVisits = 16384;  // below one name of the first level
 
 int copy_directory(const char *destination, const char *source) {
   ZfxFileStatus status;
@@ -59,6 +60,7 @@ class TreeWalk {
 
   // One level down and back; false ends the walk of the level above.
   bool descend(std::string_view name) {
+    if (level_ == 0) visits_ = 0;
     if (level_ == kDeepestLevel || visits_ == kMostVisits) return false;
     const std::size_t destination_size = destination_.size();
     const std::size_t source_size = source_.size();

@@ -412,6 +412,9 @@ TEST_F(ConfTest, FindsWhatAWalkOverTheListsFindsAfterRandomEdits) {
 }
 
 TEST_F(ConfTest, FindsWhatTheLocaleFoldsTogetherHoweverManyEntriesThereAre) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizer's own strcasecmp() knows ASCII only";
+#endif
   const support::Locale turkish("tr_TR.ISO-8859-9");
   ASSERT_TRUE(turkish.in_force());
   std::string text = "tak\xFD=dotless\n\xFC=umlaut\n";

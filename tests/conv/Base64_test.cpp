@@ -1,6 +1,7 @@
 #include "Base64.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <cstring>
 #include <memory>
@@ -149,6 +150,20 @@ TEST(ZfxBase64Decode, ReadsNoFurtherThanTheTerminatorOrTheLength) {
   EXPECT_EQ(decoded(text.get(), 100000), "Man");
   std::memcpy(text.get(), "TWFuT", 5);
   EXPECT_EQ(decoded(text.get(), 5), "Man");
+}
+
+TEST(ZfxBase64Decode, TouchesNoPageBehindTheOneWithTheEndOfTheText) {
+  constexpr std::size_t kPage = 4096;
+  void *pages = ::mmap(nullptr, 2 * kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  ASSERT_NE(pages, MAP_FAILED);
+  char *const guard = static_cast<char *>(pages) + kPage;
+  ASSERT_EQ(::mprotect(guard, kPage, PROT_NONE), 0);
+  for (const std::string text : {"TWFuTQ==", "TQ=", "=", "TWFuTWFuTWFuTWFuTWFuTWFuTWFuTWFuTWFuTWFuTQ=="}) {
+    char *const start = guard - text.size();
+    std::memcpy(start, text.data(), text.size());
+    EXPECT_EQ(decoded(start, 100000), decoded(text)) << text;
+  }
+  ::munmap(pages, 2 * kPage);
 }
 
 TEST(ZfxBase64Decode, GivesMostlyInvalidTextABlockOfItsSize) {
