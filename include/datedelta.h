@@ -42,8 +42,9 @@ ZFX_BEGIN_DECLS
  *   makes 29 February a 28th in common years.
  * - The local time is that of TZ or the zone of the machine as they are now, with daylight saving. Months and
  *   years go through mktime() with the daylight flag of the base, so that a move from summer into winter
- *   shows one hour less on the clock and one from winter into summer one hour more. A time that mktime()
- *   cannot represent is stored as -1.
+ *   shows one hour less on the clock and one from winter into summer one hour more; from the first or last
+ *   hour of a day it can so land on the neighbouring day. A time that mktime() cannot represent is stored as
+ *   -1.
  *
  * Re-entrant as far as nobody changes the environment or the settings at the same time. A week loads the
  * settings when they are not loaded yet, which ends the process where QuorConfQuery() does.

@@ -60,7 +60,8 @@ ZFX_API ZfxThread *ZfxCreateThread(ZfxThreadRoutine routine, uint64_t userData);
  *
  * A thread that has not marked its end with ZfxThreadCleanup() has its stopEvent set and is waited for
  * without limit. One that has marked it is not waited for: it may still be on its way out of its start
- * routine, and its resources go back to the system when it is.
+ * routine, and its resources go back to the system when it is. The host never joins or detaches such a thread
+ * itself: by the time of this call its handle could be that of another thread.
  *
  * When the owner has closed stopEvent and put null in its place, a running thread is cancelled and not waited
  * for. It may then still run for a while, so it must not use its record; and its handle, which the host has
