@@ -199,7 +199,8 @@ ZFX_API ZJsonMember *ZJsonObject_GetMember(const ZJsonObject *object, const char
 
 /**
  * Put a member in the place of the first one with its name, which is released, or add it at the end when
- * there is none. A member that stands in the object before any other of its name stays as it is.
+ * there is none. A member that stands in the object before any other of its name stays as it is; one that
+ * stands behind such another takes its place, and its own is closed.
  *
  * @param object null does nothing
  * @param member taken over as by ZJsonObject_Append(); null does nothing

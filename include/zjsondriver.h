@@ -41,7 +41,8 @@ ZFX_API ZJsonExpression *ZJsonExpression_ParseStream(FILE *stream);
  * @param out  receives the document; untouched when the file cannot be opened
  * @param path the file's name
  * @return 0 when there is a document, be it one with an error message; 22 (EINVAL) when @p out or @p path is
- *         null; 63 when there is none because memory ran out; else the errno of opening the file
+ *         null; 63 when there is none because memory ran out; else the errno of opening the file. What opens
+ * and cannot be read, a directory for one, ends the process as scanner.h tells.
  */
 ZFX_API int32_t ZJsonExpression_ParseFile(ZJsonExpression **out, const char *path);
 

@@ -27,9 +27,16 @@ using zorvcrt::text_of;
 
 constexpr std::size_t kFormatArea = STRBUF_FORMAT_MAX + 1;
 
+// The bytes to be taken of a text; of one that lies in the buffer's own block, no more than that holds.
+int32_t length_within(const Text &buffer, const char *text, int32_t n) {
+  const int32_t length = length_of(text, n);
+  if (length <= 0 || !zorvcrt::lies_in_block(buffer, text)) return length;
+  return static_cast<int32_t>(std::min<int64_t>(length, buffer.data + buffer.block_size - text));
+}
+
 // Kept out of line so that strbuf_append() needs no stack frame for its usual case.
 [[gnu::noinline]] char *append_any(Text &buffer, const char *text, int32_t n) {
-  return append_text(buffer, text, length_of(text, n));
+  return append_text(buffer, text, length_within(buffer, text, n));
 }
 
 zorvcrt::UniqueMalloc<char> copy_of(std::string_view text) {
@@ -93,7 +100,9 @@ void strbuf_destroy(strbuf *buffer) {
 }
 
 char *strbuf_set_str(strbuf *buffer, const char *text, int32_t n) {
-  return buffer == nullptr ? nullptr : set_text(text_of(buffer), text, length_of(text, n));
+  if (buffer == nullptr) return nullptr;
+  Text &self = text_of(buffer);
+  return set_text(self, text, length_within(self, text, n));
 }
 
 void strbuf_clear(strbuf *buffer) {
@@ -127,7 +136,7 @@ int32_t strbuf_reserve(strbuf *buffer, int32_t n) {
 void strbuf_insert(strbuf *buffer, const char *text, int32_t n, int32_t position) {
   if (buffer == nullptr) return;
   Text &self = text_of(buffer);
-  const int32_t count = length_of(text, n);
+  const int32_t count = length_within(self, text, n);
   position = std::max(position, 0);
   // The text may be part of what is about to move.
   zorvcrt::UniqueMalloc<char> copy;

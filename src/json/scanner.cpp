@@ -28,10 +28,13 @@ std::size_t read_block(FILE *stream, char *area, std::size_t size) {
   errno = 0;
   for (;;) {
     const std::size_t count = std::fread(area, 1, size, stream);
-    if (count != 0 || std::ferror(stream) == 0) return count;
-    if (errno != EINTR) end_process("input in flex scanner failed");
+    if (std::ferror(stream) == 0) return count;
+    // An interruption behind some bytes must not be taken for a failure at the next read.
+    const bool is_interrupted = errno == EINTR;
+    if (is_interrupted) std::clearerr(stream);
+    if (count != 0) return count;
+    if (!is_interrupted) end_process("input in flex scanner failed");
     errno = 0;
-    std::clearerr(stream);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "records.hpp"
 #include "zfxmemory.h"
@@ -76,6 +77,19 @@ void remove_at(ZJsonObject *object, int32_t index) {
   ZJsonMember_Delete(*slot);
   std::copy(slot + 1, object->members + object->count, slot);
   object->members[--object->count] = nullptr;
+}
+
+// A member that stands further back in the object already moves forward, and its place is closed.
+void replace_at(ZJsonObject *object, int32_t index, ZJsonMember *member) {
+  ZJsonMember **const end = object->members + object->count;
+  ZJsonMember **const before = std::find(object->members + index + 1, end, member);
+  ZJsonMember *const old = std::exchange(object->members[index], member);
+  if (before == end) {
+    ZJsonMember_Delete(old);
+  } else {
+    *before = old;
+    remove_at(object, static_cast<int32_t>(before - object->members));
+  }
 }
 
 }  // namespace
@@ -176,8 +190,7 @@ void ZJsonObject_Replace(ZJsonObject *object, ZJsonMember *member) {
     ZJsonMember *old = object->members[i];
     if (old == member) return;
     if (member->name != nullptr && zorvcrt::has_name(old, member->name)) {
-      object->members[i] = member;
-      ZJsonMember_Delete(old);
+      zorvcrt::replace_at(object, i, member);
       return;
     }
   }

@@ -564,4 +564,17 @@ TEST(Strbuf, AgreesByteForByteWithThePlainRulesOverRandomScripts) {
   }
 }
 
+TEST(strbuf, TakesNoMoreOfItsOwnTextThanItsBlockHolds) {
+  constexpr int32_t kFarTooMany = 50000000;
+  strbuf *buffer = strbuf_create(16, "hello");
+  strbuf_set_str(buffer, buffer->data, kFarTooMany);
+  EXPECT_STREQ(strbuf_get(buffer), "hello");
+  EXPECT_LT(strbuf_length(buffer), 100U);
+  strbuf_append(buffer, buffer->data, kFarTooMany);
+  EXPECT_LT(strbuf_length(buffer), 200U);
+  strbuf_insert(buffer, buffer->data, kFarTooMany, 1);
+  EXPECT_LT(strbuf_length(buffer), 500U);
+  strbuf_destroy(buffer);
+}
+
 }  // namespace

@@ -254,6 +254,17 @@ TEST(ZJsonObject_Replace, ChangesNothingForAMemberThatComesFirst) {
   EXPECT_EQ(listing(object.get()), "a=1 a=2");
 }
 
+TEST(ZJsonObject_Replace, MovesAMemberOfTheObjectToTheFirstPlaceOfItsName) {
+  const auto object = owned(ZJsonObject_New());
+  append(object.get(), "a", 1);
+  append(object.get(), "b", 2);
+  append(object.get(), "a", 3);
+  append(object.get(), "c", 4);
+  ZJsonObject_Replace(object.get(), object->members[2]);
+  EXPECT_EQ(listing(object.get()), "a=3 b=2 c=4");
+  EXPECT_EQ(object->members[3], nullptr);
+}
+
 TEST(ZJsonObject_DeleteMember, RemovesTheFirstOfANameAndClosesTheGap) {
   const auto object = owned(ZJsonObject_New());
   append(object.get(), "a", 1);

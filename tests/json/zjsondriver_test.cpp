@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "failing_allocator.hpp"
 #include "files.hpp"
@@ -34,6 +36,45 @@ std::string outcome_of(const ZJsonExpression *document) {
 
 std::string parse(const std::string &text) {
   return outcome_of(Document(ZJsonExpression_Parse(text.data(), static_cast<int32_t>(text.size()))).get());
+}
+
+// A stream that gives a piece per read; an empty piece is a read that fails with the error.
+struct Pieces {
+  std::vector<std::string> pieces;
+  int error;
+  std::size_t next = 0;
+
+  static ssize_t read(void *cookie, char *area, std::size_t size) {
+    auto &self = *static_cast<Pieces *>(cookie);
+    if (self.next == self.pieces.size()) return 0;
+    const std::string &piece = self.pieces[self.next++];
+    if (piece.empty()) {
+      errno = self.error;
+      return -1;
+    }
+    std::memcpy(area, piece.data(), std::min(size, piece.size()));
+    return static_cast<ssize_t>(piece.size());
+  }
+};
+
+std::string parse_pieces(std::vector<std::string> pieces, int error) {
+  Pieces source{std::move(pieces), error};
+  FILE *stream = ::fopencookie(&source, "r", {Pieces::read, nullptr, nullptr, nullptr});
+  const std::string outcome = outcome_of(Document(ZJsonExpression_ParseStream(stream)).get());
+  std::fclose(stream);
+  return outcome;
+}
+
+TEST(ZJsonExpression_ParseStream, TakesUpAReadThatASignalInterrupts) {
+  EXPECT_EQ(parse_pieces({"", "[1,2]"}, EINTR), "[1,2]");
+  EXPECT_EQ(parse_pieces({"[1,", "", "2]"}, EINTR), "[1,2]");
+  EXPECT_EQ(parse_pieces({"[1,", "", "", "2", "", "]", ""}, EINTR), "[1,2]");
+}
+
+TEST(ZJsonExpression_ParseStream, EndsTheProcessWhenItsStreamCannotBeRead) {
+  const auto exit_2 = ::testing::ExitedWithCode(2);
+  EXPECT_EXIT(parse_pieces({""}, EIO), exit_2, "^input in flex scanner failed\n$");
+  EXPECT_EXIT(parse_pieces({"[1,", "", ""}, EIO), exit_2, "^input in flex scanner failed\n$");
 }
 
 constexpr char kEmptyMessage[] = "line #1.1: syntax error, unexpected $end, expecting O_BEGIN or A_BEGIN";
