@@ -44,8 +44,8 @@ ZFX_API int32_t ZfxGetTempFileName(char *buffer, int32_t size, const char *prefi
  *
  * @param prefix as for ZfxGetTempFileName()
  * @return -1 with errno set, unless somebody creates a file of the made-up name during the call; then its
- *         descriptor, open for reading and writing and closed in programs that are started, which the caller
- *         closes
+ *         descriptor, open for reading and writing, which the caller closes. Programs that are started
+ *         inherit it.
  *
  * The file is opened and never created: a promise that callers rely on. To create a temporary file use
  * mkstemp(). Re-entrant.

@@ -92,5 +92,5 @@ int32_t ZfxGetTempFile(const char *prefix) {
     errno = error;
     return -1;
   }
-  return ::open(name.data(), O_RDWR | O_CLOEXEC);
+  return ::open(name.data(), O_RDWR);
 }
