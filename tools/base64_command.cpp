@@ -2,12 +2,12 @@
 #include <zorvcrt.h>
 
 #include <algorithm>
-#include <memory>
 #include <new>
 #include <string>
 #include <vector>
 
 #include "arguments.hpp"
+#include "owner.hpp"
 #include "streams.hpp"
 
 namespace tools {
@@ -15,10 +15,6 @@ namespace tools {
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{3} * 16384;  // whole groups of bytes, and of characters
-
-struct ZfxMemFreer {
-  void operator()(void *block) const { ZfxMemFree(block); }
-};
 
 int encode() {
   std::vector<char> block(kBlock);
@@ -28,7 +24,7 @@ int encode() {
     count = read_input(block.data(), block.size());
     char *text = nullptr;
     const uint32_t length = ZfxBase64Encode(block.data(), static_cast<uint32_t>(count), &text);
-    const std::unique_ptr<char, ZfxMemFreer> owner(text);
+    const Owner<char> owner(text);
     if (text == nullptr) throw std::bad_alloc();
     any = any || length != 0;
     if (!write_output(text, length)) return kFailure;
@@ -47,7 +43,7 @@ bool is_in_alphabet(char c) {
 bool write_decoded(const std::string &characters) {
   void *bytes = nullptr;
   const uint32_t count = ZfxBase64Decode(characters.data(), static_cast<uint32_t>(characters.size()), &bytes);
-  const std::unique_ptr<void, ZfxMemFreer> owner(bytes);
+  const Owner<void> owner(bytes);
   if (bytes == nullptr) throw std::bad_alloc();
   return write_output(bytes, count);
 }

@@ -4,18 +4,14 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <string>
 
 #include "arguments.hpp"
+#include "owner.hpp"
 
 namespace tools {
 
 namespace {
-
-struct Closer {
-  void operator()(Config *config) const { Config_Close(config); }
-};
 
 void print_entries(const ConfigSection &section) {
   for (const ConfigEntry *entry = section.entries; entry != nullptr; entry = entry->next) {
@@ -59,7 +55,7 @@ int run(const Words &words) {
   // A folder in ConfigDir counts from the folder in the name of the file, so the name gets one.
   const bool has_folder = operands[0].find('/') != std::string::npos;
   const std::string path = has_folder ? operands[0] : "./" + operands[0];
-  const std::unique_ptr<Config, Closer> config(Config_Open(path.c_str()));
+  const Owner<Config> config(Config_Open(path.c_str()));
   if (!config) throw Failure(operands[0] + ": " + std::strerror(errno));
   if (arguments.has("--dir") && Config_DirOpen(config.get(), nullptr, nullptr) != 0) {
     throw Failure(operands[0] + ": no folder that ConfigDir names can be opened");

@@ -4,19 +4,15 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
 #include "arguments.hpp"
+#include "owner.hpp"
 
 namespace tools {
 
 namespace {
 
-struct Deleter {
-  void operator()(ZJsonExpression *document) const { ZJsonExpression_Delete(document); }
-  void operator()(char *text) const { ZfxMemFree(text); }
-};
-using UniqueDocument = std::unique_ptr<ZJsonExpression, Deleter>;
+using UniqueDocument = Owner<ZJsonExpression>;
 
 constexpr char kStandardInput[] = "-";
 
@@ -52,7 +48,7 @@ UniqueDocument read_document(const std::string &file) {
 void print(const ZJsonExpression &document, bool pretty) {
   char *out = nullptr;
   const uint32_t length = ZJsonExpression_ToString(&document, &out, pretty ? 1 : 0);
-  const std::unique_ptr<char, Deleter> text(out);
+  const Owner<char> text(out);
   std::fwrite(out, 1, length, stdout);
   std::putchar('\n');
 }

@@ -1,21 +1,16 @@
 // zorvcrt log: writes one line to a log file.
 #include <zorvcrt.h>
 
-#include <memory>
-
 #include "arguments.hpp"
 #include "levels.hpp"
 #include "log_line.hpp"
+#include "owner.hpp"
 
 namespace tools {
 
 namespace {
 
 constexpr uint32_t kEverything = 5;
-
-struct LoggerDeleter {
-  void operator()(Logger *logger) const { Logger_Delete(logger); }
-};
 
 std::string joined(Words::const_iterator word, Words::const_iterator end) {
   std::string text = *word;
@@ -35,8 +30,7 @@ int run(const Words &words) {
   const std::string message = joined(operands.begin() + 2, operands.end());
 
   const bool to_standard_error = operands[0] == "-";
-  const std::unique_ptr<Logger, LoggerDeleter> logger(
-      Logger_New(kEverything, operands[0].c_str(), to_standard_error ? 1 : 0));
+  const Owner<Logger> logger(Logger_New(kEverything, operands[0].c_str(), to_standard_error ? 1 : 0));
   if (Logger_GetLogFileno(logger.get()) < 0) throw Failure("cannot append to " + operands[0]);
   log_line(logger.get(), level, location.c_str(), error, message.c_str());
   return kSuccess;

@@ -7,11 +7,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <memory>
 
 #include "arguments.hpp"
 #include "levels.hpp"
 #include "log_line.hpp"
+#include "owner.hpp"
 
 namespace tools {
 
@@ -19,11 +19,6 @@ namespace {
 
 constexpr uint32_t kEverything = 5;
 constexpr int32_t kSampleError = 2;
-
-struct LoggerDeleter {
-  void operator()(Logger *logger) const { Logger_Delete(logger); }
-};
-using UniqueLogger = std::unique_ptr<Logger, LoggerDeleter>;
 
 void heading(const char *text) {
   std::printf("\n== %s\n", text);
@@ -110,18 +105,18 @@ void log_at_all_levels(Logger *logger) {
 }
 
 void log_everywhere(const std::string &path) {
-  const UniqueLogger file(Logger_New(kEverything, path.c_str(), 0));
+  const Owner<Logger> file(Logger_New(kEverything, path.c_str(), 0));
   if (Logger_GetLogFileno(file.get()) < 0) throw Failure("cannot append to " + path);
   log_at_all_levels(file.get());
 
   heading("Five levels on standard error");
   std::fflush(stdout);
-  const UniqueLogger screen(Logger_New(kEverything, nullptr, 1));
+  const Owner<Logger> screen(Logger_New(kEverything, nullptr, 1));
   log_at_all_levels(screen.get());
 
   heading("The same through a callback, at level 3 (warning)");
   Words lines;
-  const UniqueLogger callback(Logger_New(3, nullptr, 0));
+  const Owner<Logger> callback(Logger_New(3, nullptr, 0));
   Logger_SetCallback(callback.get(), collect_line, &lines);
   log_at_all_levels(callback.get());
   for (const std::string &line : lines) {

@@ -2,11 +2,11 @@
 #include <zorvcrt.h>
 
 #include <cstring>
-#include <memory>
 #include <new>
 #include <vector>
 
 #include "arguments.hpp"
+#include "owner.hpp"
 #include "streams.hpp"
 
 namespace tools {
@@ -14,10 +14,6 @@ namespace tools {
 namespace {
 
 constexpr std::size_t kUnitsOfBlock = 32768;
-
-struct ZfxMemFreer {
-  void operator()(char *text) const { ZfxMemFree(text); }
-};
 
 int run(const Words &words) {
   Arguments(words, {}, {}).require_operands(0, 0);
@@ -27,7 +23,7 @@ int run(const Words &words) {
     size = read_input(units.data(), units.size() * sizeof(uint16_t));
     char *text = nullptr;
     const int32_t length = Ucs2ToUtf8(units.data(), static_cast<int32_t>(size / sizeof(uint16_t)), &text);
-    const std::unique_ptr<char, ZfxMemFreer> owner(text);
+    const Owner<char> owner(text);
     if (text == nullptr) throw std::bad_alloc();
     if (!write_output(text, static_cast<std::size_t>(length))) return kFailure;
     if (size % sizeof(uint16_t) != 0) throw Failure("the input ends in half a unit");

@@ -10,6 +10,7 @@
 #include "fixed_text.hpp"
 #include "handles.hpp"
 #include "lazy_tls_key.hpp"
+#include "small_block.hpp"
 #include "whitespace.hpp"
 
 namespace {
@@ -71,12 +72,6 @@ UniqueBlock<char> read_lines(FILE *file) {
   return lines.release();
 }
 
-char *new_text(std::string_view text) {
-  auto *copy = static_cast<char *>(ZfxMemAlloc(text.size() + 1));
-  zorvcrt::copy_text(copy, static_cast<int64_t>(text.size()) + 1, text);
-  return copy;
-}
-
 // The value without a comment. Its first character stays even when it is a blank in front of the comment.
 std::string_view without_comment(std::string_view value) {
   const std::size_t comment = value.find('#');
@@ -98,7 +93,7 @@ char *find_setting(std::string_view lines, std::string_view name) {
     lines.remove_prefix(line.size() + 1);
     const std::size_t equals = line.find('=');
     if (equals == std::string_view::npos || !is_same_name({line.data(), equals}, name)) continue;
-    return new_text(without_comment({line.data() + equals + 1, line.size() - equals - 1}));
+    return zorvcrt::new_text(without_comment({line.data() + equals + 1, line.size() - equals - 1}));
   }
   return nullptr;
 }

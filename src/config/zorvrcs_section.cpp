@@ -5,6 +5,8 @@
 #include <cstring>
 #include <new>
 
+#include "small_block.hpp"
+
 namespace zorvcrt::settings {
 
 namespace {
@@ -68,12 +70,7 @@ void unlink(Link &link) {
 Key::Key(std::string_view text) : name(text), hash(hash_of(text)) {}
 
 UniqueMalloc<char> copy_of(std::string_view text) {
-  UniqueMalloc<char> copy(static_cast<char *>(std::malloc(text.size() + 1)));
-  if (copy != nullptr) {
-    if (!text.empty()) std::memcpy(copy.get(), text.data(), text.size());
-    copy.get()[text.size()] = '\0';
-  }
-  return copy;
+  return UniqueMalloc<char>(new_text(text));
 }
 
 ItemIndex::~ItemIndex() {

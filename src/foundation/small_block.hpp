@@ -30,7 +30,7 @@ template <class Record>
 [[gnu::always_inline]] inline char *new_text(std::string_view text) {
   auto *copy = static_cast<char *>(std::malloc(text.size() + 1));
   if (copy == nullptr) return nullptr;
-  std::memcpy(copy, text.data(), text.size());
+  if (!text.empty()) std::memcpy(copy, text.data(), text.size());
   copy[text.size()] = '\0';
   return copy;
 }

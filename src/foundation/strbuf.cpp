@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "handles.hpp"
+#include "small_block.hpp"
 #include "strbuf_text.hpp"
 #include "whitespace.hpp"
 
@@ -40,11 +41,7 @@ int32_t length_within(const Text &buffer, const char *text, int32_t n) {
 }
 
 zorvcrt::UniqueMalloc<char> copy_of(std::string_view text) {
-  zorvcrt::UniqueMalloc<char> copy(static_cast<char *>(std::malloc(text.size() + 1)));
-  if (!copy) return copy;
-  std::memcpy(copy.get(), text.data(), text.size());
-  copy.get()[text.size()] = '\0';
-  return copy;
+  return zorvcrt::UniqueMalloc<char>(zorvcrt::new_text(text));
 }
 
 // Puts text between the first position bytes and the rest; without memory the buffer's text stays.
