@@ -205,8 +205,8 @@ class Installation(unittest.TestCase):
                 "find_package(zorvcrt_core 2 REQUIRED CONFIG)\n"
                 "foreach(kind core core_static)\n  add_executable(with_${kind} host.c)\n"
                 "  target_link_libraries(with_${kind} PRIVATE zorvcrt::${kind})\nendforeach()\n")
-            output_of("cmake", "-S", str(host), "-B", str(host / "build"), f"-DCMAKE_PREFIX_PATH={prefix}",
-                      f"-DCMAKE_C_COMPILER={CC}")
+            output_of("cmake", "-G", "Ninja", "-S", str(host), "-B", str(host / "build"),
+                      f"-DCMAKE_PREFIX_PATH={prefix}", f"-DCMAKE_C_COMPILER={CC}")
             output_of("cmake", "--build", str(host / "build"))
             library = next(prefix.rglob("libzorvcrt_core.so")).parent
             output_of(CC, str(host / "host.c"), f"-I{prefix}/include/zorvcrt", f"-L{library}", "-lzorvcrt_core",
