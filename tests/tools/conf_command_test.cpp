@@ -51,4 +51,18 @@ TEST_F(ConfCommand, ReportsWhatIsNotThere) {
   EXPECT_EQ(run({}).status, 2);
 }
 
+TEST(ConfCommandFolder, FailsInOneLineInThePlaceOfAFile) {
+  const auto outcome = support::run_zorvcrt({"conf", "/"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.errors, "zorvcrt conf: /: Is a directory\n");
+}
+
+TEST(ConfCommandFolder, IsFoundBesideAFileThatIsNamedWithoutAFolder) {
+  const support::TemporaryFolder folder;
+  support::write_file(folder / "main.conf", "ConfigDir = conf.d\n");
+  support::write_file(folder / "conf.d/more.conf", "[Added]\nkey = value\n");
+  const support::CurrentFolder there(folder.path());
+  EXPECT_EQ(support::run_zorvcrt({"conf", "main.conf", "Added", "key", "--dir"}).output, "value\n");
+}
+
 }  // namespace

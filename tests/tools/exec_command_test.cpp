@@ -51,4 +51,11 @@ TEST(ExecCommand, RefusesOtherThanOneCommandAndATime) {
   }
 }
 
+TEST(ExecCommandSignals, TellsHowAProgramEndedUnderAParentThatIgnoresItsChildren) {
+  const auto outcome =
+      support::run({"sh", "-c", "trap '' CHLD; exec \"$0\" exec --timeout 5000 'sh -c \"exit 7\"'",
+                    ZORVCRT_BINARY_DIR "/tools/zorvcrt"});
+  EXPECT_EQ(outcome.status, 7) << outcome.errors;
+}
+
 }  // namespace

@@ -49,4 +49,10 @@ TEST(JsonCommand, RefusesTwoForms) {
   EXPECT_TRUE(outcome.errors.starts_with("zorvcrt json: --compact and --pretty exclude each other\nusage: "));
 }
 
+TEST(JsonCommand, FailsInOneLineForWhatOpensAndCannotBeRead) {
+  const auto outcome = support::run_zorvcrt({"json", "/"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.errors, "zorvcrt json: /: Is a directory\n");
+}
+
 }  // namespace
