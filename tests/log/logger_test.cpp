@@ -454,4 +454,15 @@ TEST(Logger_GetMaxPrecision, Is8000To60000ByLevel) {
   EXPECT_EQ(Logger_GetMaxPrecision(5, nullptr), 0);
 }
 
+TEST(LoggerMessage, EndsAtAValueThatCannotBeFormatted) {
+  std::string lines;
+  Logger *logger = Logger_New(5, nullptr, 0);
+  const auto collect = [](void *all, const char *line) { *static_cast<std::string *>(all) += line; };
+  Logger_SetCallback(logger, collect, &lines);
+  const wchar_t lone_surrogate[] = {0xD800, 0};
+  Logger_LogError(logger, "here", 2, "cannot open %ls for %s", lone_surrogate, "ann");
+  Logger_Delete(logger);
+  EXPECT_TRUE(lines.ends_with("  ERROR] here: #2 cannot open \n")) << lines;
+}
+
 }  // namespace

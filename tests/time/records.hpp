@@ -73,4 +73,14 @@ inline time_t seconds_by_switching_the_zone(tm &fields) {
   return std::mktime(&fields);
 }
 
+// A record that no text gives, to see what is left alone.
+inline tm untouched() {
+  tm fields{};
+  fields.tm_year = 1111;
+  fields.tm_mon = 2222;
+  fields.tm_gmtoff = 3333;
+  fields.tm_zone = "before";
+  return fields;
+}
+
 }  // namespace records

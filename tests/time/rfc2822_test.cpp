@@ -19,6 +19,7 @@ namespace {
 
 using records::same;
 using records::text;
+using records::untouched;
 
 uint64_t parse(std::string_view written, tm *fields = nullptr) {
   return ZfxParseRfc2822(written.data(), written.size(), fields);
@@ -26,16 +27,6 @@ uint64_t parse(std::string_view written, tm *fields = nullptr) {
 
 uint64_t parse_either(std::string_view written, tm *fields = nullptr) {
   return ZfxParseTimestamp(written.data(), written.size(), fields);
-}
-
-// A record that no text gives, to see what is left alone.
-tm untouched() {
-  tm fields{};
-  fields.tm_year = 1111;
-  fields.tm_mon = 2222;
-  fields.tm_gmtoff = 3333;
-  fields.tm_zone = "before";
-  return fields;
 }
 
 // The fields of an accepted text, "year-month-day hour:minute:second" as tm holds them; "failure" for others.
