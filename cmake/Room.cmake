@@ -2,7 +2,7 @@
 #
 # One room of src/ as an object library. It sees its own headers and those of the rooms it stands on, and no
 # others: the public headers, flat in include/, are linked into one folder per room for that, so that an
-# include which runs upwards does not compile.
+# include which runs upwards does not compile. Sources for one processor are no part of a portable build.
 function(zorvcrt_room room)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "STANDS_ON;HEADERS;SOURCES")
   set(links ${PROJECT_BINARY_DIR}/rooms/${room})
@@ -12,6 +12,9 @@ function(zorvcrt_room room)
     file(CREATE_LINK ${PROJECT_SOURCE_DIR}/include/${header} ${links}/${header} SYMBOLIC)
   endforeach()
 
+  if(ZORVCRT_PORTABLE)
+    list(FILTER arg_SOURCES EXCLUDE REGEX "_avx2\\.cpp$|^wide_registers\\.cpp$")
+  endif()
   add_library(room_${room} OBJECT ${arg_SOURCES})
   target_include_directories(room_${room} PUBLIC ${links} ${CMAKE_CURRENT_SOURCE_DIR})
   list(TRANSFORM arg_STANDS_ON PREPEND room_)

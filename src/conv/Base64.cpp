@@ -1,39 +1,48 @@
 // Base64 (RFC 4648) into new buffers; what is not in the alphabet is skipped when decoding.
 #include "Base64.h"
 
-#include <emmintrin.h>
-
 #include <algorithm>
 #include <bit>
 #include <cstring>
 
 #include "Base64_kernels.hpp"
+#include "byte_block.hpp"
 #include "result_block.hpp"
-#include "wide_registers.hpp"
 
 namespace {
 
 constexpr uint64_t kLongestInput = UINT64_C(0xFFFFFFFF) / 4 * 3;  // its text still has a 32-bit length
 constexpr uint64_t kDecodedExtra = 3;
 
-constexpr std::size_t kBlock = sizeof(__m128i);
-
 uint64_t decoded_room(uint64_t sextets) {
   return sextets / 4 * 3 + kDecodedExtra;
 }
+
+#ifdef ZORVCRT_PORTABLE
+
+// The bytes in front of the first zero byte or '=', at most length of them.
+std::size_t length_of_text(const char *text, std::size_t length) {
+  std::size_t n = 0;
+  while (text != nullptr && n < length && text[n] != '\0' && text[n] != zorvcrt::kBase64Padding) {
+    ++n;
+  }
+  return n;
+}
+
+#else
+
+constexpr std::size_t kBlock = sizeof(zorvcrt::ByteBlock);
 
 // One bit for each byte of an aligned block at which a text ends.
 __attribute__((no_sanitize("address", "thread"))) unsigned ends_in(uintptr_t block) {
   // The block can begin in front of the text, where no pointer of it leads.
   // NOLINTNEXTLINE(performance-no-int-to-ptr)
-  const __m128i bytes = *reinterpret_cast<const __m128i *>(block);
-  const __m128i ends =
-      _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_setzero_si128()), _mm_cmpeq_epi8(bytes, _mm_set1_epi8('=')));
-  return static_cast<unsigned>(_mm_movemask_epi8(ends));
+  const auto bytes = *reinterpret_cast<const zorvcrt::ByteBlock *>(block);
+  return zorvcrt::find_in_block(bytes, '\0') | zorvcrt::find_in_block(bytes, zorvcrt::kBase64Padding);
 }
 
-// The bytes in front of the first zero byte or '=', at most length of them. Whole aligned blocks are looked
-// at: such a block lies in one page, so no page is touched that the text does not reach.
+// The same, a block at a time. Whole aligned blocks are looked at: such a block lies in one page, so no page
+// is touched that the text does not reach.
 std::size_t length_of_text(const char *text, std::size_t length) {
   if (text == nullptr || length == 0) return 0;
   const auto start = reinterpret_cast<uintptr_t>(text);
@@ -47,6 +56,8 @@ std::size_t length_of_text(const char *text, std::size_t length) {
   return std::min(length, block - start + static_cast<std::size_t>(std::countr_zero(ends)));
 }
 
+#endif
+
 }  // namespace
 
 uint32_t ZfxBase64Encode(const void *data, uint32_t length, char **out) {
@@ -58,11 +69,7 @@ uint32_t ZfxBase64Encode(const void *data, uint32_t length, char **out) {
   auto text = zorvcrt::result_block<char>(count, count + 2);
   if (!text) return 0;
   const auto *bytes = static_cast<const uint8_t *>(data);
-  if (zorvcrt::has_wide_registers()) {
-    zorvcrt::base64_encode_wide(bytes, n, text.get());
-  } else {
-    zorvcrt::base64_encode_plain(bytes, n, text.get());
-  }
+  zorvcrt::base64_encode(bytes, n, text.get());
   *out = text.release();
   return static_cast<uint32_t>(count);
 }
@@ -74,8 +81,7 @@ uint32_t ZfxBase64Decode(const char *text, uint32_t length, void **out) {
   const uint64_t room = decoded_room(n);
   auto data = zorvcrt::result_block<uint8_t>(room, room);
   if (!data) return 0;
-  const std::size_t count = zorvcrt::has_wide_registers() ? zorvcrt::base64_decode_wide(text, n, data.get())
-                                                          : zorvcrt::base64_decode_plain(text, n, data.get());
+  const std::size_t count = zorvcrt::base64_decode(text, n, data.get());
   // count / 3 * 4 sextets are certain, and with up to three more the block is no larger
   const uint64_t used = count / 3 * 3 + kDecodedExtra;
   std::memset(data.get() + count, 0, used - count);

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "wide_registers.hpp"
+
 namespace zorvcrt {
 
 inline constexpr std::string_view kBase64Alphabet =
@@ -65,10 +67,22 @@ void base64_pack(SextetPacker &packer, const char *text, std::size_t n);
 /// Encode n bytes with padding. Give the number of characters.
 std::size_t base64_encode_plain(const uint8_t *data, std::size_t n, char *out);
 std::size_t base64_encode_wide(const uint8_t *data, std::size_t n, char *out);
+inline std::size_t base64_encode(const uint8_t *data, std::size_t n, char *out) {
+  if constexpr (!kPortable) {
+    if (has_wide_registers()) return base64_encode_wide(data, n, out);
+  }
+  return base64_encode_plain(data, n, out);
+}
 
 /// Decode n characters, none of them a zero, up to the first padding character; others that are not in the
 /// alphabet are skipped. Give the number of bytes, at most n / 4 * 3 + 2.
 std::size_t base64_decode_plain(const char *text, std::size_t n, uint8_t *out);
 std::size_t base64_decode_wide(const char *text, std::size_t n, uint8_t *out);
+inline std::size_t base64_decode(const char *text, std::size_t n, uint8_t *out) {
+  if constexpr (!kPortable) {
+    if (has_wide_registers()) return base64_decode_wide(text, n, out);
+  }
+  return base64_decode_plain(text, n, out);
+}
 
 }  // namespace zorvcrt

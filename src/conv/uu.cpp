@@ -7,7 +7,6 @@
 #include <string_view>
 
 #include "uu_kernels.hpp"
-#include "wide_registers.hpp"
 
 namespace {
 
@@ -45,10 +44,10 @@ bool encode_line(const uint8_t *data, int64_t count, Output &out) {
   return true;
 }
 
-void encode_full_line(const uint8_t *data, Output &out, bool wide) {
+void encode_full_line(const uint8_t *data, Output &out) {
   char *to = out.area + out.position;
   *to++ = zorvcrt::uu_character(kUuLineBytes);
-  wide ? zorvcrt::uu_encode_line_wide(data, to) : zorvcrt::uu_encode_line_plain(data, to);
+  zorvcrt::uu_encode_line(data, to);
   to[kUuLineCharacters] = '\n';
   out.position += kFullLine + 1;
 }
@@ -83,10 +82,9 @@ bool is_full_line(std::string_view line, int64_t count) {
   return count == kFullLineBytes && line.size() >= kUuLineCharacters + 1;
 }
 
-void decode_full_line(std::string_view line, Output &out, bool wide) {
+void decode_full_line(std::string_view line, Output &out) {
   auto *to = static_cast<uint8_t *>(static_cast<void *>(out.area + out.position));
-  const char *characters = line.data() + 1;
-  wide ? zorvcrt::uu_decode_line_wide(characters, to) : zorvcrt::uu_decode_line_plain(characters, to);
+  zorvcrt::uu_decode_line(line.data() + 1, to);
   out.position += kFullLineBytes;
 }
 
@@ -95,12 +93,11 @@ void decode_full_line(std::string_view line, Output &out, bool wide) {
 int32_t zfx_uuencode(const void *data, int32_t n, char *out, int32_t size) {
   const auto *bytes = static_cast<const uint8_t *>(data);
   if (bytes == nullptr) return 0;
-  const bool wide = zorvcrt::has_wide_registers();
   Output output{out, out == nullptr ? 0 : size, 0};
   for (int64_t left = n; left > 0;) {
     const int64_t count = std::min(left, kFullLineBytes);
     if (count == kFullLineBytes && output.size - output.position >= kFullLine) {
-      encode_full_line(bytes, output, wide);
+      encode_full_line(bytes, output);
     } else if (!encode_line(bytes, count, output)) {
       return 1;
     }
@@ -112,7 +109,6 @@ int32_t zfx_uuencode(const void *data, int32_t n, char *out, int32_t size) {
 
 int32_t zfx_uudecode(const char *text, int32_t /*unused*/, void *out, int32_t size) {
   if (text == nullptr) return 0;
-  const bool wide = zorvcrt::has_wide_registers();
   Output output{static_cast<char *>(out), out == nullptr ? 0 : size, 0};
   std::string_view line;
   for (std::string_view rest = text; !rest.empty();) {
@@ -120,7 +116,7 @@ int32_t zfx_uudecode(const char *text, int32_t /*unused*/, void *out, int32_t si
     const int64_t count = line.empty() ? 0 : zorvcrt::uu_sextet(line[0]);
     if (count == 0) return 0;
     if (is_full_line(line, count) && output.size - output.position >= count) {
-      decode_full_line(line, output, wide);
+      decode_full_line(line, output);
     } else if (!decode_line(line, count, output)) {
       return 1;
     }

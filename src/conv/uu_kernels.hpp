@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "wide_registers.hpp"
+
 namespace zorvcrt {
 
 inline constexpr std::size_t kUuLineBytes = 45;
@@ -31,9 +33,21 @@ constexpr uint32_t uu_decode_group(const char *characters) {
 /// Encode the 45 bytes of a full line as 60 characters.
 void uu_encode_line_plain(const uint8_t *data, char *out);
 void uu_encode_line_wide(const uint8_t *data, char *out);
+inline void uu_encode_line(const uint8_t *data, char *out) {
+  if constexpr (!kPortable) {
+    if (has_wide_registers()) return uu_encode_line_wide(data, out);
+  }
+  uu_encode_line_plain(data, out);
+}
 
 /// Decode the 60 characters of a full line as 45 bytes.
 void uu_decode_line_plain(const char *characters, uint8_t *out);
 void uu_decode_line_wide(const char *characters, uint8_t *out);
+inline void uu_decode_line(const char *characters, uint8_t *out) {
+  if constexpr (!kPortable) {
+    if (has_wide_registers()) return uu_decode_line_wide(characters, out);
+  }
+  uu_decode_line_plain(characters, out);
+}
 
 }  // namespace zorvcrt

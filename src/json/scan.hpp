@@ -3,8 +3,6 @@
 // way.
 #pragma once
 
-#include <emmintrin.h>
-
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -12,6 +10,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "byte_block.hpp"
 #include "decimal.hpp"
 
 namespace zorvcrt {
@@ -115,21 +114,7 @@ class TokenScan {
     return symbols;
   }();
 
-  static constexpr std::ptrdiff_t kBlock = sizeof(__m128i);
-
   static bool is_space(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
-
-  static __m128i load(const char *bytes) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes)); }
-  // One bit for each byte of the block that is the character.
-  static unsigned find(__m128i block, char c) {
-    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_set1_epi8(c))));
-  }
-  // One bit for each byte of the block that is below a blank.
-  static unsigned find_controls(__m128i block) {
-    const __m128i highest = _mm_set1_epi8(' ' - 1);
-    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_max_epu8(block, highest), highest)));
-  }
-  static unsigned below(unsigned count) { return (1U << count) - 1; }
 
   ZORVCRT_INLINED void count_line_feeds(const char *block, unsigned bits) {
     for (; bits != 0; bits &= bits - 1) {
@@ -141,21 +126,25 @@ class TokenScan {
   ZORVCRT_INLINED void skip_space() {
     // Most tokens have none or one byte of it next to them.
     if (at_ == limit_ || static_cast<unsigned char>(*at_) > ' ') return;
+#ifndef ZORVCRT_PORTABLE
+    constexpr std::ptrdiff_t kBlock = sizeof(ByteBlock);
     // Indented text has long runs of it: a block at a time.
     while (limit_ - at_ >= kBlock) {
-      const __m128i block = load(at_);
-      const unsigned line_feeds = find(block, '\n');
-      const unsigned spaces = line_feeds | find(block, ' ') | find(block, '\t') | find(block, '\r');
+      const ByteBlock block = load_block(at_);
+      const unsigned line_feeds = find_in_block(block, '\n');
+      const unsigned spaces =
+          line_feeds | find_in_block(block, ' ') | find_in_block(block, '\t') | find_in_block(block, '\r');
       const unsigned others = ~spaces & 0xFFFFU;
       if (others != 0) {
         const auto run = static_cast<unsigned>(std::countr_zero(others));
-        count_line_feeds(at_, line_feeds & below(run));
+        count_line_feeds(at_, line_feeds & lowest_bits(run));
         at_ += run;
         return;
       }
       count_line_feeds(at_, line_feeds);
       at_ += kBlock;
     }
+#endif
     for (; at_ != limit_ && is_space(*at_); ++at_) {
       count_line_feeds(at_, *at_ == '\n' ? 1 : 0);
     }
@@ -188,9 +177,13 @@ class TokenScan {
     return match(symbol);
   }
 
-  bool at_digit(const char *place) const { return place != limit_ && is_decimal_digit(*place); }
+  bool at_digit(const char *place) const {
+    return place != limit_ && is_decimal_digit(*place);
+  }
   // Whether it takes more input to see what stands at the place.
-  bool is_open(const char *place) const { return place == limit_ && !is_whole_; }
+  bool is_open(const char *place) const {
+    return place == limit_ && !is_whole_;
+  }
 
   // Gathers the run of digits, wrapping; returns how many there are.
   ZORVCRT_INLINED std::size_t digits(uint64_t &value) {
@@ -261,19 +254,22 @@ class TokenScan {
 
   // Goes to the next quote; true when there is one. Takes note of control characters on the way.
   ZORVCRT_INLINED bool find_quote(char quote, bool &controls) {
+#ifndef ZORVCRT_PORTABLE
+    constexpr std::ptrdiff_t kBlock = sizeof(ByteBlock);
     while (limit_ - at_ >= kBlock) {
-      const __m128i block = load(at_);
-      const unsigned quotes = find(block, quote);
+      const ByteBlock block = load_block(at_);
+      const unsigned quotes = find_in_block(block, quote);
       const unsigned found = find_controls(block);
       if (quotes != 0) {
         const auto run = static_cast<unsigned>(std::countr_zero(quotes));
-        controls = controls || (found & below(run)) != 0;
+        controls = controls || (found & lowest_bits(run)) != 0;
         at_ += run;
         return true;
       }
       controls = controls || found != 0;
       at_ += kBlock;
     }
+#endif
     for (; at_ != limit_; ++at_) {
       if (*at_ == quote) return true;
       controls = controls || static_cast<unsigned char>(*at_) < ' ';
