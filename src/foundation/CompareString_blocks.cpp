@@ -32,8 +32,6 @@ std::size_t matching_by_byte(const char *a, const char *b, std::size_t count) {
 #ifndef ZORVCRT_PORTABLE
 
 using zorvcrt::ByteBlock;
-using zorvcrt::equal_bytes;
-using zorvcrt::load_block;
 
 constexpr std::size_t kBlock = sizeof(ByteBlock);
 constexpr unsigned kAllBytes = 0xFFFF;
