@@ -193,6 +193,21 @@ class Headers(unittest.TestCase):
                 self.assertRegex(rooms, rf"\n    {re.escape(header.name)}\n")
 
 
+class Layouts(unittest.TestCase):
+    def test_are_pinned_for_every_record_field_and_constant(self):
+        text = "\n".join(re.sub(r"/\*.*?\*/", "", header.read_text(), flags=re.S) for header in INCLUDE.glob("*.h"))
+        bodies = re.findall(r"^(?:typedef )?(?:struct|union) (\w+) \{\n(.*?)^\}", text, re.M | re.S)
+        self.assertGreater(len(bodies), 15)
+        fields = {f"FIELD({record}, {field}, " for record, body in bodies
+                  for field in re.findall(r"(\w+)(?:\[\w+\])?;", body)}
+        constants = {f"CONSTANT({name}, {value});" for name, value in
+                     re.findall(r"^(?: +|#define )([A-Z]\w+) (?:= )?(\d\w*),?\s*$", text, re.M)}
+        self.assertGreater(len(constants), 40)
+        records = {f"RECORD({record}, " for record, _ in bodies}
+        pinned = (SOURCE / "tests" / "frame" / "layouts.h").read_text()
+        self.assertEqual(sorted(line for line in records | fields | constants if line not in pinned), [])
+
+
 class Installation(unittest.TestCase):
     def test_serves_hosts_that_find_it_by_cmake_or_by_hand(self):
         with tempfile.TemporaryDirectory() as folder:

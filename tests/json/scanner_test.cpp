@@ -21,11 +21,6 @@ namespace {
 
 using namespace plain;
 
-static_assert(sizeof(ZJsonSymbolValue) == 8);
-static_assert(sizeof(ZJsonLocation) == 16 && offsetof(ZJsonLocation, first_line) == 0 &&
-              offsetof(ZJsonLocation, first_column) == 4 && offsetof(ZJsonLocation, last_line) == 8 &&
-              offsetof(ZJsonLocation, last_column) == 12);
-
 struct Scanner {
   Scanner() { zjson_lex_init(&handle); }
   ~Scanner() { zjson_lex_destroy(handle); }

@@ -17,17 +17,6 @@ extern "C" int64_t sum_in_c(const ZJsonExpression *document);
 
 namespace {
 
-static_assert(sizeof(ZJsonExpression) == 16 && offsetof(ZJsonExpression, root) == 0 &&
-              offsetof(ZJsonExpression, errorMessage) == 8);
-static_assert(sizeof(ZJsonValue) == 16 && offsetof(ZJsonValue, type) == 0 &&
-              offsetof(ZJsonValue, integer) == 8 && offsetof(ZJsonValue, boolean) == 8);
-static_assert(sizeof(ZJsonArray) == 16 && offsetof(ZJsonArray, count) == 0 &&
-              offsetof(ZJsonArray, capacity) == 4 && offsetof(ZJsonArray, items) == 8);
-static_assert(sizeof(ZJsonObject) == 16 && offsetof(ZJsonObject, count) == 0 &&
-              offsetof(ZJsonObject, capacity) == 4 && offsetof(ZJsonObject, members) == 8);
-static_assert(sizeof(ZJsonMember) == 16 && offsetof(ZJsonMember, name) == 0 &&
-              offsetof(ZJsonMember, value) == 8);
-
 struct Deleter {
   void operator()(ZJsonExpression *document) const { ZJsonExpression_Delete(document); }
   void operator()(ZJsonValue *value) const { ZJsonValue_Delete(value); }

@@ -1,8 +1,6 @@
 /* Logging as a C program does it. */
 #include "logger.h"
 
-#include "logger_layout.h"
-
 void log_from_c(Logger *logger);
 
 void log_from_c(Logger *logger) {

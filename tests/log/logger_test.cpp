@@ -12,7 +12,6 @@
 
 #include "files.hpp"
 #include "log_lines.hpp"
-#include "logger_layout.h"
 
 extern "C" void log_from_c(Logger *logger);
 

@@ -8,11 +8,9 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstddef>
 #include <cstring>
 #include <ctime>
 #include <string>
-#include <type_traits>
 
 #include "files.hpp"
 
@@ -48,18 +46,6 @@ uint32_t flags_of(const std::string &path) {
   ZfxFileStatus status = soiled_status();
   EXPECT_EQ(ZfxStatFile(&status, path.c_str()), 0) << path;
   return status.flags;
-}
-
-TEST(ZfxFileStatus, KeepsItsLayoutInCxx) {
-  static_assert(std::is_standard_layout_v<ZfxFileStatus> && std::is_trivial_v<ZfxFileStatus>);
-  static_assert(std::is_same_v<decltype(ZfxFileStatus::flags), uint32_t>);
-  static_assert(std::is_same_v<decltype(ZfxFileStatus::change_time), int64_t>);
-  EXPECT_EQ(offsetof(ZfxFileStatus, flags), 0u);
-  EXPECT_EQ(offsetof(ZfxFileStatus, change_time), 8u);
-  EXPECT_EQ(offsetof(ZfxFileStatus, modification_time), 16u);
-  EXPECT_EQ(offsetof(ZfxFileStatus, access_time), 24u);
-  EXPECT_EQ(offsetof(ZfxFileStatus, size), 32u);
-  EXPECT_EQ(sizeof(ZfxFileStatus), 40u);
 }
 
 TEST(ZfxFileStatus, IsTheSameRecordForCallersInC) {

@@ -3,15 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstddef>
 #include <memory>
 #include <thread>
 
 namespace {
-
-static_assert(offsetof(ZfxMutex, mutex) == 0);
-static_assert(offsetof(ZfxMutex, attr) == sizeof(pthread_mutex_t));
-static_assert(offsetof(ZfxMutex, locked) == sizeof(pthread_mutex_t) + sizeof(pthread_mutexattr_t));
 
 struct MutexDestroyer {
   void operator()(ZfxMutex *mutex) const { ZfxDestroyMutex(mutex); }

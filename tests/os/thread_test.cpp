@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstddef>
 #include <thread>
 
 #include "thread_routines.hpp"
@@ -11,15 +10,6 @@
 extern "C" void *routine_in_c(void *argument);
 
 namespace {
-
-static_assert(offsetof(ZfxThread, reserved) == 0);
-static_assert(offsetof(ZfxThread, thread) == 8);
-static_assert(offsetof(ZfxThread, attr) == 16);
-static_assert(offsetof(ZfxThread, mutex) == 16 + sizeof(pthread_attr_t));
-static_assert(offsetof(ZfxThread, threadEvent) == 24 + sizeof(pthread_attr_t));
-static_assert(offsetof(ZfxThread, stopEvent) == 32 + sizeof(pthread_attr_t));
-static_assert(offsetof(ZfxThread, userData) == 40 + sizeof(pthread_attr_t));
-static_assert(sizeof(ZfxThread) == 48 + sizeof(pthread_attr_t));
 
 struct Seen {
   ZfxThread *argument = nullptr;

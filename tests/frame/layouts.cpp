@@ -1,0 +1,2 @@
+// The layouts as callers in C++ see them.
+#include "layouts.h"
