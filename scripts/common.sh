@@ -13,6 +13,7 @@ fail() {
 build_packages=(ca-certificates cmake g++ gcc libc6-dev ninja-build)
 test_packages=(binutils libc-bin libgtest-dev locales mount python3 util-linux)
 gate_packages=(clang clang-format clang-tidy libclang-rt-14-dev)
+abi_packages=(abigail-tools dpkg-dev)
 
 need() {
   local package missing=() as_root=()
@@ -30,17 +31,24 @@ need() {
     fail "could not install ${missing[*]}"
 }
 
-# build PRESET [CMAKE_OPTION...]: configures when there is something to configure, and builds what changed.
-build() {
-  local preset=$1
+# configure PRESET [CMAKE_OPTION...]
+configure() {
+  local preset=$1 log
   shift
-  step "Building ($preset)"
-  cmake --preset "$preset" "$@" >"/tmp/zorvcrt-configure-$$" 2>&1 || {
-    cat "/tmp/zorvcrt-configure-$$"
+  log=$(mktemp)
+  cmake --preset "$preset" "$@" >"$log" 2>&1 || {
+    cat "$log"
+    rm -f "$log"
     fail "configuring the $preset build failed"
   }
-  rm -f "/tmp/zorvcrt-configure-$$"
-  cmake --build --preset "$preset" -- --quiet || fail "the $preset build failed"
+  rm -f "$log"
+}
+
+# build PRESET [CMAKE_OPTION...]: configures when there is something to configure, and builds what changed.
+build() {
+  step "Building ($1)"
+  configure "$@"
+  cmake --build --preset "$1" -- --quiet || fail "the $1 build failed"
 }
 
 # run_tests LABEL COMMAND...: runs a ctest command, shows what failed or was skipped, and adds up the counts.
