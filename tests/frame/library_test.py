@@ -13,6 +13,9 @@ import tempfile
 import unittest
 from pathlib import Path
 
+import hosts
+from hosts import output_of
+
 SOURCE = Path(os.environ["SOURCE_DIR"])
 BINARY = Path(os.environ["BINARY_DIR"])
 CC, CXX = os.environ["CC"], os.environ["CXX"]
@@ -32,8 +35,6 @@ ALLOWED = {
 ALLOWED_NEEDED = {"libc.so.6", "libm.so.6"}
 
 
-def output_of(*words):
-    return subprocess.run(words, check=True, capture_output=True, text=True).stdout
 
 
 def dynamic_symbols(*flags):
@@ -209,27 +210,55 @@ class Layouts(unittest.TestCase):
 
 
 class Installation(unittest.TestCase):
-    def test_serves_hosts_that_find_it_by_cmake_or_by_hand(self):
-        with tempfile.TemporaryDirectory() as folder:
-            prefix, host = Path(folder) / "prefix", Path(folder) / "host"
-            output_of("cmake", "--install", str(BINARY), "--prefix", str(prefix))
-            host.mkdir()
-            shutil.copy(SOURCE / "examples" / "version.c", host / "host.c")
-            (host / "CMakeLists.txt").write_text(
-                "cmake_minimum_required(VERSION 3.25)\nproject(host C)\n"
-                "find_package(zorvcrt_core 2 REQUIRED CONFIG)\n"
-                "foreach(kind core core_static)\n  add_executable(with_${kind} host.c)\n"
-                "  target_link_libraries(with_${kind} PRIVATE zorvcrt::${kind})\nendforeach()\n")
-            output_of("cmake", "-G", "Ninja", "-S", str(host), "-B", str(host / "build"),
-                      f"-DCMAKE_PREFIX_PATH={prefix}", f"-DCMAKE_C_COMPILER={CC}")
-            output_of("cmake", "--build", str(host / "build"))
-            library = next(prefix.rglob("libzorvcrt_core.so")).parent
-            output_of(CC, str(host / "host.c"), f"-I{prefix}/include/zorvcrt", f"-L{library}", "-lzorvcrt_core",
-                      f"-Wl,-rpath,{library}", "-o", str(host / "by_hand"))
-            for program in ("build/with_core", "build/with_core_static", "by_hand"):
-                self.assertEqual(output_of(str(host / program)), "zorvcrt 8.4-4:1\n", program)
-            self.assertEqual(output_of(str(prefix / "bin" / "zorvcrt"), "version"), "zorvcrt_core 8.4-4:1\n")
-            self.assertTrue((library / "pkgconfig" / "zorvcrt_core.pc").exists())
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        self.prefix = self.folder / "prefix"
+        output_of("cmake", "--install", str(BINARY), "--prefix", str(self.prefix))
+
+    def test_serves_hosts_in_every_way_in_both_languages_wherever_it_is_moved(self):
+        hosts.build_and_run(self.prefix.rename(self.folder / "moved"))
+
+    def test_has_a_command_that_can_be_moved(self):
+        moved = self.prefix.rename(self.folder / "moved here")
+        self.assertEqual(output_of(str(moved / "bin" / "zorvcrt"), "version"), "zorvcrt_core 8.4-4:1\n")
+
+    def test_can_be_staged(self):
+        stage = self.folder / "stage"
+        subprocess.run(["cmake", "--install", str(BINARY), "--prefix", "/opt/zorvcrt"], check=True,
+                       capture_output=True, env={**os.environ, "DESTDIR": str(stage)})
+        staged = stage / "opt" / "zorvcrt"
+        self.assertEqual(self.files(staged), self.files(self.prefix))
+        self.assertFalse(Path("/opt/zorvcrt").exists())
+
+    def test_lays_down_everything(self):
+        files = {str(path) for path in self.files(self.prefix)}
+        library = str(hosts.library_folder(self.prefix).relative_to(self.prefix))
+        pages = {f"share/man/man1/{page.name}" for page in (SOURCE / "docs" / "man").glob("*.1")}
+        completions = {f"share/bash-completion/completions/{path.stem}"
+                       for path in (SOURCE / "tools" / "completion").glob("*.bash")}
+        examples = {f"share/doc/zorvcrt/{path.relative_to(SOURCE)}"
+                    for kind in ("*.c", "*.py", "*.conf*") for path in (SOURCE / "examples").rglob(kind)}
+        guides = {f"share/doc/zorvcrt/{path.relative_to(SOURCE)}" for path in (SOURCE / "docs").glob("*.md")}
+        headers = {f"include/zorvcrt/{header.name}" for header in INCLUDE.glob("*.h")}
+        self.assertLessEqual(headers | pages | completions | examples | guides | {
+            "bin/zorvcrt", f"{library}/libzorvcrt_core.so.2", f"{library}/libzorvcrt_core.so",
+            f"{library}/libzorvcrt_core.a", f"{library}/pkgconfig/zorvcrt_core.pc",
+            f"{library}/cmake/zorvcrt_core/zorvcrt_core-config.cmake"}, files)
+        self.assertEqual({name for name in files if name.startswith("include/")}, headers)
+
+    def test_names_no_folder_of_the_build(self):
+        for path in self.files(self.prefix):
+            if path.parts[:2] == ("share", "doc"):
+                continue
+            content = (self.prefix / path).read_bytes()
+            for folder in (SOURCE, BINARY, self.folder):
+                self.assertNotIn(f"{folder}/".encode(), content, path)
+
+    @staticmethod
+    def files(prefix):
+        return {path.relative_to(prefix) for path in prefix.rglob("*") if path.is_file()}
 
 
 class Rooms(unittest.TestCase):
