@@ -4,19 +4,33 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <string_view>
 
 namespace tools {
 
 namespace {
 
-bool contains(std::initializer_list<const char *> names, const std::string &name) {
-  return std::find(names.begin(), names.end(), name) != names.end();
+const Option &option_named(std::span<const Option> options, const std::string &name) {
+  const auto found = std::find_if(options.begin(), options.end(), [&](const Option &option) {
+    return name == option.name || name == option.letter;
+  });
+  if (found == options.end()) throw Misuse("unknown option " + name);
+  return *found;
+}
+
+// Choices are separated by '|'; a value without one is free.
+void require_choice(const Option &option, const std::string &value) {
+  const std::string choices = option.value;
+  if (choices.find('|') == std::string::npos) return;
+  const bool is_one = value.find('|') == std::string::npos &&
+                      ("|" + choices + "|").find("|" + value + "|") != std::string::npos;
+  if (!is_one)
+    throw Misuse("option " + std::string(option.name) + " takes " + choices + ", not '" + value + "'");
 }
 
 }  // namespace
 
-Arguments::Arguments(const Words &words, std::initializer_list<const char *> flags,
-                     std::initializer_list<const char *> valued) {
+Arguments::Arguments(const Words &words, std::span<const Option> options) {
   for (std::size_t i = 0; i < words.size(); ++i) {
     const std::string &word = words[i];
     if (word == "--") {
@@ -28,25 +42,25 @@ Arguments::Arguments(const Words &words, std::initializer_list<const char *> fla
       continue;
     }
     const std::size_t equals = word.starts_with("--") ? word.find('=') : std::string::npos;
-    const std::string name = word.substr(0, equals);
-    if (contains(flags, name)) {
-      if (equals != std::string::npos) throw Misuse("option " + name + " takes no value");
-      options_[name] = "";
-    } else if (!contains(valued, name)) {
-      throw Misuse("unknown option " + name);
+    const Option &option = option_named(options, word.substr(0, equals));
+    std::string value;
+    if (*option.value == '\0') {
+      if (equals != std::string::npos) throw Misuse("option " + word.substr(0, equals) + " takes no value");
     } else if (equals != std::string::npos) {
-      options_[name] = word.substr(equals + 1);
+      value = word.substr(equals + 1);
     } else if (++i < words.size()) {
-      options_[name] = words[i];
+      value = words[i];
     } else {
-      throw Misuse("option " + name + " needs a value");
+      throw Misuse("option " + word + " needs a value");
     }
+    require_choice(option, value);
+    values_[option.name] = value;
   }
 }
 
 std::optional<std::string> Arguments::value(const std::string &option) const {
-  const auto found = options_.find(option);
-  return found == options_.end() ? std::nullopt : std::optional(found->second);
+  const auto found = values_.find(option);
+  return found == values_.end() ? std::nullopt : std::optional(found->second);
 }
 
 void Arguments::require_operands(std::size_t least, std::size_t most) const {

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <cstdint>
-#include <initializer_list>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "command.hpp"
@@ -12,24 +12,24 @@
 namespace tools {
 
 /// Options may stand anywhere; "--" ends them, "-" and what does not begin with '-' are operands.
-/// A value is the next word or follows a '='. Throws Misuse for an unknown option or a missing value.
+/// A value is the next word or follows a '='. Throws Misuse for an unknown option, a missing value and one
+/// that is not among the option's choices.
 class Arguments {
  public:
-  /// @param words   the words behind the command's name
-  /// @param flags   names of options without a value ("--decode", "-d")
-  /// @param valued  names of options with a value ("--level")
-  Arguments(const Words &words, std::initializer_list<const char *> flags,
-            std::initializer_list<const char *> valued);
+  Arguments(const Words &words, std::span<const Option> options);
 
-  [[nodiscard]] bool has(const std::string &option) const { return options_.contains(option); }
+  /// Asked by the option's long name, also when its letter was given.
+  [[nodiscard]] bool has(const std::string &option) const { return values_.contains(option); }
   [[nodiscard]] std::optional<std::string> value(const std::string &option) const;
   [[nodiscard]] const Words &operands() const { return operands_; }
+  /// Whether kOutputOption asks for JSON.
+  [[nodiscard]] bool wants_json() const { return value(kOutputOption.name) == "json"; }
 
   /// Throws Misuse unless there are between @p least and @p most operands.
   void require_operands(std::size_t least, std::size_t most) const;
 
  private:
-  std::map<std::string, std::string> options_;
+  std::map<std::string, std::string> values_;
   Words operands_;
 };
 

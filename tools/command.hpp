@@ -1,6 +1,7 @@
-// What a command of zorvcrt is: a name, a usage line and a function, and how it reports misuse and failure.
+// What a command of zorvcrt is: a name, its options and a function, and how it reports misuse and failure.
 #pragma once
 
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -24,12 +25,27 @@ struct Failure : std::runtime_error {
   using runtime_error::runtime_error;
 };
 
+/// An option as the command line takes it, --help explains it and the shell completes it.
+struct Option {
+  const char *name;     // "--decode"
+  const char *letter;   // "-d", or "" for none
+  const char *value;    // "MS", or the choices as "text|json", or "" for an option without a value
+  const char *meaning;  // one line for --help
+};
+
+/// Of every command whose result is a record.
+inline constexpr Option kOutputOption = {"--output", "", "text|json",
+                                         "the form of the result, text by default"};
+
+class Arguments;
+
 struct Command {
   const char *name;
-  const char *arguments;  // as shown behind the name in the usage line
-  const char *summary;    // one line for the list of commands
-  const char *details;    // further lines for --help, or ""
-  int (*run)(const Words &words);
+  const char *operands;             // as shown in the usage line
+  const char *summary;              // one line for the list of commands
+  std::span<const Option> options;  // beside --help
+  const char *details;              // further lines for --help, or ""
+  int (*run)(const Arguments &arguments);
 };
 
 // The commands, each in the file of its name (tools/<name>_command.cpp).

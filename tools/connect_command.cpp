@@ -8,6 +8,7 @@
 
 #include "arguments.hpp"
 #include "line_socket.hpp"
+#include "streams.hpp"
 
 namespace tools {
 
@@ -24,8 +25,10 @@ int32_t connected(const std::string &host, int32_t port) {
   return socket;
 }
 
-int run(const Words &words) {
-  const Arguments arguments(words, {}, {"--timeout"});
+constexpr std::array kOptions = {
+    Option{"--timeout", "", "MS", "how long a whole answer may take, 10000 by default"}};
+
+int run(const Arguments &arguments) {
   arguments.require_operands(2, 2);
   const int32_t port = number_of(arguments.operands()[1], "port", 0, kHighestPort);
   const int32_t timeout =
@@ -37,7 +40,8 @@ int run(const Words &words) {
     connection.write_line(line.data());
     const auto answer = connection.read_line(timeout);
     if (!answer) throw Failure("the server has closed the connection");
-    if (std::puts(answer->c_str()) < 0 || std::fflush(stdout) != 0) return kFailure;
+    std::puts(answer->c_str());
+    flush_output();
   }
   if (std::ferror(stdin) != 0) throw Failure("standard input cannot be read");
   return kSuccess;
@@ -46,9 +50,12 @@ int run(const Words &words) {
 }  // namespace
 
 const Command kConnectCommand = {
-    "connect", "HOST PORT [--timeout MS]", "send lines to a TCP server and print its answers",
+    "connect",
+    "HOST PORT",
+    "send lines to a TCP server and print its answers",
+    kOptions,
     "Every line of standard input, cut at 4095 characters, is sent and answered by one line before the\n"
-    "next one is read. An answer may take MS milliseconds (10000).\n",
+    "next one is read.\n",
     run};
 
 }  // namespace tools

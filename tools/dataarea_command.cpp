@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "arguments.hpp"
+#include "records.hpp"
 
 namespace tools {
 
@@ -37,22 +38,43 @@ uint32_t checks_in(const std::string &list) {
   return checks;
 }
 
-int run(const Words &words) {
-  const Arguments arguments(words, {}, {"--check"});
+// Without a check the library does not tell the folder.
+void print_as_json(uint32_t checks, const char *path) {
+  JsonRecord record;
+  record.add("configured", json_flag(true));
+  if (checks != 0) record.add("folder", path);
+  JsonList passed;
+  for (const NamedCheck &check : kChecks) {
+    if ((checks & check.bit) != 0) passed.add(json_text(check.name));
+  }
+  print_json(record.add("checked", passed.take()).take());
+}
+
+constexpr std::array kOptions = {
+    Option{"--check", "", "LIST", "the parts that must be there, of conf,cof,log,db,ctl"}, kOutputOption};
+
+int run(const Arguments &arguments) {
   arguments.require_operands(0, 0);
   const auto list = arguments.value("--check");
   const uint32_t checks = list ? checks_in(*list) : 0;
   char path[2048] = "";
   char message[4096] = "";
   if (GetZorvDataArea(path, sizeof path, checks, message, sizeof message) != 0) throw Failure(message);
-  std::puts(checks == 0 ? "The ZORV data area is configured" : path);
+  if (arguments.wants_json()) {
+    print_as_json(checks, path);
+  } else {
+    std::puts(checks == 0 ? "The ZORV data area is configured" : path);
+  }
   return kSuccess;
 }
 
 }  // namespace
 
 const Command kDataareaCommand = {
-    "dataarea", "[--check conf,cof,log,db,ctl]", "find and check the data area",
+    "dataarea",
+    "",
+    "find and check the data area",
+    kOptions,
     "Without --check tells whether the data area is configured. With it checks the named parts and\n"
     "prints the data area's folder when they are all there. Exit status 1 when something is missing.\n",
     run};

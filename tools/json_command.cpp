@@ -1,12 +1,12 @@
 // zorvcrt json: documents checked and printed again, compact or pretty.
 #include <zorvcrt.h>
 
-#include <cerrno>
+#include <array>
 #include <cstdio>
-#include <cstring>
 
 #include "arguments.hpp"
 #include "owner.hpp"
+#include "streams.hpp"
 
 namespace tools {
 
@@ -14,34 +14,11 @@ namespace {
 
 using UniqueDocument = Owner<ZJsonExpression>;
 
-constexpr char kStandardInput[] = "-";
-
-struct Stream {
-  explicit Stream(const std::string &file)
-      : stream(file == kStandardInput ? stdin : std::fopen(file.c_str(), "rb")) {}
-  ~Stream() {
-    if (stream != nullptr && stream != stdin) std::fclose(stream);
-  }
-  Stream(const Stream &) = delete;
-  Stream &operator=(const Stream &) = delete;
-
-  // The parser ends the process when its input cannot be read, so the first byte is tried before it.
-  [[nodiscard]] bool is_readable() const {
-    if (stream == nullptr) return false;
-    const int c = std::getc(stream);
-    if (c != EOF) std::ungetc(c, stream);
-    return c != EOF || std::ferror(stream) == 0;
-  }
-
-  FILE *stream;
-};
-
 UniqueDocument read_document(const std::string &file) {
-  const Stream input(file);
-  if (!input.is_readable()) throw Failure(file + ": " + std::strerror(errno));
-  UniqueDocument owner(ZJsonExpression_ParseStream(input.stream));
-  if (owner == nullptr) throw Failure(file + ": not enough memory");
-  if (owner->errorMessage != nullptr) throw Failure(file + ": " + owner->errorMessage);
+  const Input input(file, Input::Output::kAfterwards);
+  UniqueDocument owner(ZJsonExpression_ParseStream(input.stream()));
+  if (owner == nullptr) throw Failure(input.name() + ": not enough memory");
+  if (owner->errorMessage != nullptr) throw Failure(input.name() + ": " + owner->errorMessage);
   return owner;
 }
 
@@ -53,13 +30,16 @@ void print(const ZJsonExpression &document, bool pretty) {
   std::putchar('\n');
 }
 
-int run(const Words &words) {
-  const Arguments arguments(words, {"--compact", "--pretty"}, {});
+constexpr std::array kOptions = {
+    Option{"--compact", "", "", "print without white space"},
+    Option{"--pretty", "", "", "print a line for each member, which is the default"}};
+
+int run(const Arguments &arguments) {
   if (arguments.has("--compact") && arguments.has("--pretty")) {
     throw Misuse("--compact and --pretty exclude each other");
   }
   Words files = arguments.operands();
-  if (files.empty()) files.emplace_back(kStandardInput);
+  if (files.empty()) files.emplace_back("-");
   for (const std::string &file : files) {
     print(*read_document(file), !arguments.has("--compact"));
   }
@@ -69,10 +49,13 @@ int run(const Words &words) {
 }  // namespace
 
 const Command kJsonCommand = {
-    "json", "[--compact|--pretty] [FILE...]", "check JSON documents and print them again",
-    "Reads standard input, or each FILE, where - stands for standard input. Prints pretty, unless told\n"
-    "--compact. A syntax error is reported with its line and column, exit status 1. A line feed\n"
-    "between two strings ends the scanner of the library, and with it the command: exit status 2.\n",
+    "json",
+    "[FILE...]",
+    "check JSON documents and print them again",
+    kOptions,
+    "Without FILE, and for -, reads standard input. A syntax error is reported with its line and column,\n"
+    "exit status 1. A line feed between two strings ends the scanner of the library, and with it the\n"
+    "command: exit status 2.\n",
     run};
 
 }  // namespace tools

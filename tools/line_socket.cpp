@@ -25,12 +25,17 @@ LineSocket::~LineSocket() {
   ZfxCloseSocket(socket_);
 }
 
-bool LineSocket::read_more(int32_t limit) {
-  timeval timeout = {limit / 1000, suseconds_t{1000} * (limit % 1000)};
+void LineSocket::wait(int32_t limit, Clock::time_point end) const {
+  using std::chrono::microseconds;
+  const auto left = std::max(std::chrono::duration_cast<microseconds>(end - Clock::now()), microseconds(0));
+  timeval timeout = {left.count() / 1000000, static_cast<suseconds_t>(left.count() % 1000000)};
   int32_t error = 0;
   const int32_t ready = ZfxSocketReadSelect(socket_, limit < 0 ? nullptr : &timeout, &error);
   if (ready < 0) fail("waiting", error);
   if (ready == 0) throw Failure("no answer within " + std::to_string(limit) + " ms");
+}
+
+bool LineSocket::read_more() {
   std::array<char, kLongestLine> block;
   const int32_t count = ZfxSocketRead(socket_, block.data(), static_cast<uint32_t>(block.size()));
   if (count < 0) fail("reading", errno);
@@ -38,9 +43,13 @@ bool LineSocket::read_more(int32_t limit) {
   return count != 0;
 }
 
+// The limit is one for the whole line, however slowly its bytes arrive.
 std::optional<std::string> LineSocket::read_line(int32_t limit) {
+  const auto end_of_time = Clock::now() + std::chrono::milliseconds(limit);
   std::size_t end = unread_.find('\n');
-  while (end == std::string::npos && unread_.size() <= kLongestLine && read_more(limit)) {
+  for (bool more = true; more && end == std::string::npos && unread_.size() <= kLongestLine;) {
+    wait(limit, end_of_time);
+    more = read_more();
     end = unread_.find('\n');
   }
   if (unread_.empty()) return std::nullopt;

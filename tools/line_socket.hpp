@@ -1,6 +1,7 @@
 // A connection that is read and written line by line, shared by zorvcrt listen and zorvcrt connect.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -19,14 +20,17 @@ class LineSocket {
   LineSocket &operator=(const LineSocket &) = delete;
 
   /// The next line without its line feed; none at the end of the stream. Throws Failure when the connection
-  /// breaks and, with a limit of 0 or more milliseconds, when nothing arrives within it.
+  /// breaks and, with a limit of 0 or more milliseconds, when the line is not there within it.
   std::optional<std::string> read_line(int32_t limit);
 
   /// Throws Failure when the peer is gone.
   void write_line(const std::string &line);
 
  private:
-  bool read_more(int32_t limit);
+  using Clock = std::chrono::steady_clock;
+
+  void wait(int32_t limit, Clock::time_point end) const;
+  bool read_more();
 
   int32_t socket_;
   std::string unread_;

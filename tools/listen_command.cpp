@@ -1,12 +1,17 @@
 // zorvcrt listen: gives every line that arrives back to its sender.
 #include <zorvcrt.h>
 
+#include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 
 #include "arguments.hpp"
 #include "line_socket.hpp"
+#include "records.hpp"
+#include "streams.hpp"
+#include "terminal.hpp"
 
 namespace tools {
 
@@ -20,7 +25,7 @@ struct Listener {
   int32_t socket = -1;
 };
 
-void listen_on(int32_t wanted, Listener &listener) {
+int32_t listen_on(int32_t wanted, Listener &listener) {
   int32_t port = wanted;
   const int32_t error = wanted == 0 ? ZfxCreateDynamicListenSocket(&listener.socket, &port)
                                     : ZfxCreateListenSocket(&listener.socket, wanted);
@@ -28,8 +33,17 @@ void listen_on(int32_t wanted, Listener &listener) {
     listener.socket = -1;
     throw Failure("port " + std::to_string(wanted) + ": " + std::strerror(error));
   }
-  std::printf("listening on port %d\n", port);
-  std::fflush(stdout);
+  return port;
+}
+
+// A server whose port nobody gets to know would wait in vain.
+void announce(int32_t port, bool as_json) {
+  if (as_json) {
+    print_json(JsonRecord().add("port", json_number(port)).take());
+  } else {
+    std::printf("listening on port %d\n", port);
+  }
+  flush_output();
 }
 
 void serve(int32_t socket) {
@@ -39,20 +53,21 @@ void serve(int32_t socket) {
   }
 }
 
-int run(const Words &words) {
-  const Arguments arguments(words, {"--once"}, {});
+constexpr std::array kOptions = {Option{"--once", "", "", "end after the first client"}, kOutputOption};
+
+int run(const Arguments &arguments) {
   arguments.require_operands(1, 1);
   const int32_t port = number_of(arguments.operands()[0], "port", 0, kHighestPort);
   std::signal(SIGPIPE, SIG_IGN);
   Listener listener;
-  listen_on(port, listener);
+  announce(listen_on(port, listener), arguments.wants_json());
   do {
     const int32_t socket = ZfxAccept(listener.socket, nullptr, nullptr);
     if (socket < 0) throw Failure(std::string("accepting: ") + std::strerror(errno));
     try {
       serve(socket);
     } catch (const Failure &failure) {  // of one client; the next one is not concerned
-      std::fprintf(stderr, "zorvcrt listen: %s\n", failure.what());
+      complain("listen", failure.what());
     }
   } while (!arguments.has("--once"));
   return kSuccess;
@@ -61,9 +76,12 @@ int run(const Words &words) {
 }  // namespace
 
 const Command kListenCommand = {
-    "listen", "PORT [--once]", "echo the lines of 'zorvcrt connect' on a TCP port",
+    "listen",
+    "PORT",
+    "echo the lines of 'zorvcrt connect' on a TCP port",
+    kOptions,
     "PORT is 1 to 65535, or 0 for one that the system chooses; it is printed once clients can connect.\n"
-    "Clients are served one after the other, with --once only the first.\n",
+    "Clients are served one after the other.\n",
     run};
 
 }  // namespace tools

@@ -3,8 +3,13 @@
 #include <array>
 #include <cstdio>
 #include <exception>
+#include <string>
+#include <vector>
 
+#include "arguments.hpp"
 #include "command.hpp"
+#include "streams.hpp"
+#include "terminal.hpp"
 
 namespace tools {
 
@@ -31,40 +36,76 @@ constexpr std::array kCommands = {
 };
 // clang-format on
 
+constexpr Option kHelpOption = {"--help", "-h", "", "explain the command"};
+
 void print_usage(FILE *stream, const Command &command) {
-  const char *space = *command.arguments == '\0' ? "" : " ";
-  std::fprintf(stream, "usage: zorvcrt %s%s%s\n", command.name, space, command.arguments);
+  std::string line = std::string("usage: zorvcrt ") + command.name;
+  for (const Option &option : command.options) {
+    line += std::string(" [") + option.name + (*option.value == '\0' ? "" : " ") + option.value + "]";
+  }
+  if (*command.operands != '\0') line += std::string(" ") + command.operands;
+  std::fprintf(stream, "%s\n", line.c_str());
 }
 
 void print_command_list(FILE *stream) {
-  std::fputs("usage: zorvcrt COMMAND [ARGUMENTS]\n\ncommands:\n", stream);
+  std::fprintf(stream, "usage: zorvcrt COMMAND [ARGUMENTS]\n\n%s\n", bold(stream, "commands:").c_str());
   for (const Command *command : kCommands) {
     std::fprintf(stream, "  %-12s %s\n", command->name, command->summary);
   }
-  std::fputs("\n'zorvcrt COMMAND --help' explains one of them.\n", stream);
+  std::fputs("\n'zorvcrt COMMAND --help' explains one of them, 'zorvcrt --version' tells the version.\n",
+             stream);
+}
+
+// "-d, --decode" or "    --timeout MS".
+std::string heading_of(const Option &option) {
+  const std::string letter = *option.letter == '\0' ? "    " : std::string(option.letter) + ", ";
+  return letter + option.name + (*option.value == '\0' ? "" : " ") + option.value;
 }
 
 int print_help(const Command &command) {
+  std::vector<Option> options(command.options.begin(), command.options.end());
+  options.push_back(kHelpOption);
+  std::size_t width = 0;
+  for (const Option &option : options) {
+    width = std::max(width, heading_of(option).size());
+  }
   print_usage(stdout, command);
-  std::printf("\n%s\n%s%s", command.summary, *command.details == '\0' ? "" : "\n", command.details);
+  std::printf("\n%s\n\n%s\n", command.summary, bold(stdout, "options:").c_str());
+  for (const Option &option : options) {
+    std::printf("  %-*s  %s\n", static_cast<int>(width), heading_of(option).c_str(), option.meaning);
+  }
+  std::printf("%s%s", *command.details == '\0' ? "" : "\n", command.details);
   return kSuccess;
 }
 
 bool asks_for_help(const Words &words) {
   const auto end_of_options = std::find(words.begin(), words.end(), "--");
-  return std::find(words.begin(), end_of_options, "--help") != end_of_options;
+  return std::any_of(words.begin(), end_of_options, [](const std::string &word) {
+    return word == kHelpOption.name || word == kHelpOption.letter;
+  });
+}
+
+const Command *command_named(const std::string &name) {
+  const auto *found = std::find_if(kCommands.begin(), kCommands.end(),
+                                   [&](const Command *command) { return name == command->name; });
+  return found == kCommands.end() ? nullptr : *found;
+}
+
+int refuse_command(const std::string &name) {
+  std::fprintf(stderr, "zorvcrt: unknown command '%s'; 'zorvcrt --help' lists them\n", name.c_str());
+  return kMisuse;
 }
 
 int run_command(const Command &command, const Words &words) {
   if (asks_for_help(words)) return print_help(command);
   try {
-    return command.run(words);
+    return command.run(Arguments(words, command.options));
   } catch (const Misuse &misuse) {
-    std::fprintf(stderr, "zorvcrt %s: %s\n", command.name, misuse.what());
+    complain(command.name, misuse.what());
     print_usage(stderr, command);
     return kMisuse;
   } catch (const std::exception &failure) {
-    std::fprintf(stderr, "zorvcrt %s: %s\n", command.name, failure.what());
+    complain(command.name, failure.what());
     return kFailure;
   }
 }
@@ -75,18 +116,17 @@ int run(const Words &words) {
     return kMisuse;
   }
   const std::string &name = words.front();
-  if (name == "--help" || name == "-h" || name == "help") {
-    print_command_list(stdout);
-    return kSuccess;
+  if (name == kHelpOption.name || name == kHelpOption.letter || name == "help") {
+    if (words.size() == 1) {
+      print_command_list(stdout);
+      return kSuccess;
+    }
+    const Command *wanted = command_named(words[1]);
+    return wanted == nullptr ? refuse_command(words[1]) : print_help(*wanted);
   }
-  const std::string wanted = name == "--version" ? "version" : name;
-  const auto *found = std::find_if(kCommands.begin(), kCommands.end(),
-                                   [&](const Command *command) { return wanted == command->name; });
-  if (found == kCommands.end()) {
-    std::fprintf(stderr, "zorvcrt: unknown command '%s'; 'zorvcrt --help' lists them\n", name.c_str());
-    return kMisuse;
-  }
-  return run_command(**found, Words(words.begin() + 1, words.end()));
+  const Command *command = command_named(name == "--version" ? "version" : name);
+  return command == nullptr ? refuse_command(name)
+                            : run_command(*command, Words(words.begin() + 1, words.end()));
 }
 
 }  // namespace
@@ -94,11 +134,15 @@ int run(const Words &words) {
 }  // namespace tools
 
 int main(int count, char **words) {
+  tools::occupy_closed_standard_streams();
   const int status = tools::run(tools::Words(words + 1, words + count));
+  if (status != tools::kSuccess) return status;
   // What could not be written (a full disk, a closed pipe) is a failure, not a silent loss.
-  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-    std::perror("zorvcrt: standard output");
-    return status == tools::kSuccess ? tools::kFailure : status;
+  try {
+    tools::flush_output();
+  } catch (const tools::Failure &failure) {
+    std::fprintf(stderr, "zorvcrt: %s\n", failure.what());
+    return tools::kFailure;
   }
-  return status;
+  return tools::kSuccess;
 }

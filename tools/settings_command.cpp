@@ -3,11 +3,17 @@
 #include <zorvcrt.h>
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <string>
+#include <vector>
 
 #include "arguments.hpp"
 #include "levels.hpp"
+#include "records.hpp"
+#include "terminal.hpp"
 
 namespace tools {
 
@@ -44,7 +50,7 @@ void print_for_people(const std::vector<Setting> &settings) {
   int32_t level = 0;
   for (const Setting &setting : settings) {
     if (setting.level != level) {
-      std::printf("%s%s\n", level == 0 ? "" : "\n", settings_level_name(setting.level));
+      std::printf("%s%s\n", level == 0 ? "" : "\n", bold(stdout, settings_level_name(setting.level)).c_str());
     }
     level = setting.level;
     std::printf("  %-*s  %s\n", static_cast<int>(width), setting.name.c_str(), setting.value.c_str());
@@ -58,26 +64,57 @@ void print_for_pipes(const std::vector<Setting> &settings) {
   }
 }
 
-int run(const Words &words) {
-  const Arguments arguments(words, {}, {"--level"});
+void print_as_json(const std::vector<Setting> &settings) {
+  JsonList list;
+  for (const Setting &setting : settings) {
+    list.add(JsonRecord()
+                 .add("level", settings_level_name(setting.level))
+                 .add("name", setting.name)
+                 .add("value", setting.value)
+                 .take());
+  }
+  print_json(list.take());
+}
+
+void print_all(int32_t mask, bool as_json) {
+  const std::vector<Setting> settings = settings_in(mask);
+  if (as_json) return print_as_json(settings);
+  ::isatty(STDOUT_FILENO) != 0 ? print_for_people(settings) : print_for_pipes(settings);
+}
+
+void print_one(const std::string &name, int32_t mask, bool as_json) {
+  const char *value = QuorConfQuery(name.c_str(), mask);
+  if (value == nullptr) throw Failure(name + " is not set");
+  if (as_json) {
+    print_json(JsonRecord().add("name", name).add("value", value).take());
+  } else {
+    std::printf("%s\n", value);
+  }
+}
+
+constexpr std::array kOptions = {
+    Option{"--level", "", "privileged|group|nonprivileged|all", "the level that is asked, all by default"},
+    kOutputOption};
+
+int run(const Arguments &arguments) {
   arguments.require_operands(0, 1);
   const int32_t mask = settings_mask(arguments.value("--level").value_or("all"));
   load_settings();
   if (arguments.operands().empty()) {
-    ::isatty(STDOUT_FILENO) != 0 ? print_for_people(settings_in(mask)) : print_for_pipes(settings_in(mask));
-    return kSuccess;
+    print_all(mask, arguments.wants_json());
+  } else {
+    print_one(arguments.operands().front(), mask, arguments.wants_json());
   }
-  const std::string &name = arguments.operands().front();
-  const char *value = QuorConfQuery(name.c_str(), mask);
-  if (value == nullptr) throw Failure(name + " is not set");
-  std::printf("%s\n", value);
   return kSuccess;
 }
 
 }  // namespace
 
 const Command kSettingsCommand = {
-    "settings", "[NAME] [--level privileged|group|nonprivileged|all]", "print one setting or all of them",
+    "settings",
+    "[NAME]",
+    "print one setting or all of them",
+    kOptions,
     "With NAME prints its value as a host gets it: from the environment first when the level is\n"
     "nonprivileged or all, else from the highest level that has it. Exit status 1 when it is not set.\n"
     "Without NAME lists the settings as they were loaded, in columns on a terminal, otherwise one\n"

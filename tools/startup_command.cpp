@@ -12,6 +12,7 @@
 #include "levels.hpp"
 #include "log_line.hpp"
 #include "owner.hpp"
+#include "terminal.hpp"
 
 namespace tools {
 
@@ -21,7 +22,7 @@ constexpr uint32_t kEverything = 5;
 constexpr int32_t kSampleError = 2;
 
 void heading(const char *text) {
-  std::printf("\n== %s\n", text);
+  std::printf("\n%s\n", bold(stdout, std::string("== ") + text).c_str());
 }
 
 const char *presence(const std::string &path) {
@@ -130,8 +131,8 @@ void log_everywhere(const std::string &path) {
   }
 }
 
-int run(const Words &words) {
-  Arguments(words, {}, {}).require_operands(0, 0);
+int run(const Arguments &arguments) {
+  arguments.require_operands(0, 0);
   show_search_order();
   if (QuorConfExists() == 0) {
     throw Failure(std::string("the settings cannot be loaded: ") + std::strerror(errno));
@@ -147,7 +148,10 @@ int run(const Words &words) {
 }  // namespace
 
 const Command kStartupCommand = {
-    "startup", "", "load the settings, compose a log file name and log, step by step",
+    "startup",
+    "",
+    "load the settings, compose a log file name and log, step by step",
+    {},
     "Shows what a host does when it starts: where the settings come from, the tree, queries, the log\n"
     "file in the folder that QUOR_LOG names, and lines at all five levels to the file, to standard\n"
     "error and to a callback. __KERNEL_DEVELOPER in the environment points the reader at a file.\n",

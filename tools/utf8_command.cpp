@@ -1,4 +1,4 @@
-// zorvcrt utf8: UCS-2 text of standard input as UTF-8, a block at a time.
+// zorvcrt utf8: UCS-2 text of an input as UTF-8, a block at a time.
 #include <zorvcrt.h>
 
 #include <cstring>
@@ -15,17 +15,18 @@ namespace {
 
 constexpr std::size_t kUnitsOfBlock = 32768;
 
-int run(const Words &words) {
-  Arguments(words, {}, {}).require_operands(0, 0);
+int run(const Arguments &arguments) {
+  arguments.require_operands(0, 1);
+  Input input(arguments.operands().empty() ? "-" : arguments.operands()[0], Input::Output::kMeanwhile);
   std::vector<uint16_t> units(kUnitsOfBlock);
   std::size_t size = 0;
   do {
-    size = read_input(units.data(), units.size() * sizeof(uint16_t));
+    size = input.read(units.data(), units.size() * sizeof(uint16_t));
     char *text = nullptr;
     const int32_t length = Ucs2ToUtf8(units.data(), static_cast<int32_t>(size / sizeof(uint16_t)), &text);
     const Owner<char> owner(text);
     if (text == nullptr) throw std::bad_alloc();
-    if (!write_output(text, static_cast<std::size_t>(length))) return kFailure;
+    write_output(text, static_cast<std::size_t>(length));
     if (size % sizeof(uint16_t) != 0) throw Failure("the input ends in half a unit");
   } while (size == units.size() * sizeof(uint16_t));
   return kSuccess;
@@ -34,8 +35,12 @@ int run(const Words &words) {
 }  // namespace
 
 const Command kUtf8Command = {
-    "utf8", "", "convert standard input from UCS-2 to UTF-8",
-    "The 16-bit units are in the byte order of this machine; each is converted by itself, surrogates too.\n",
+    "utf8",
+    "[FILE]",
+    "convert a file or standard input from UCS-2 to UTF-8",
+    {},
+    "Without FILE, and for -, reads standard input. The 16-bit units are in the byte order of this\n"
+    "machine; each is converted by itself, surrogates too.\n",
     run};
 
 }  // namespace tools

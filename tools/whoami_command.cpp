@@ -1,9 +1,12 @@
 // zorvcrt whoami: what the library tells about the process that uses it.
 #include <zorvcrt.h>
 
+#include <array>
 #include <cstdio>
 
 #include "arguments.hpp"
+#include "records.hpp"
+#include "terminal.hpp"
 
 namespace tools {
 
@@ -17,16 +20,13 @@ std::string user() {
   return name;
 }
 
-std::string groups() {
+Words groups() {
   char **list = nullptr;
   int32_t count = 0;
   char message[256] = "";
   if (ZfxGetUserGroups(&list, &count, message, sizeof message) != 0) throw Failure(message);
-  if (*message != '\0') std::fprintf(stderr, "zorvcrt whoami: %s\n", message);
-  std::string names;
-  for (int32_t i = 0; i < count; ++i) {
-    names += (i == 0 ? "" : " ") + std::string(list[i]);
-  }
+  if (*message != '\0') complain("whoami", message);
+  Words names(list, list + count);
   ZfxFreeUserGroups(list);
   return names;
 }
@@ -43,19 +43,45 @@ std::string folder() {
   return GetExecutablePath(path, sizeof path);
 }
 
-int run(const Words &words) {
-  Arguments(words, {}, {}).require_operands(0, 0);
+void print_as_json() {
+  JsonRecord record;
+  record.add("user", user());
+  JsonList names;
+  for (const std::string &name : groups()) {
+    names.add(json_text(name));
+  }
+  record.add("groups", names.take()).add("host", host()).add("folder", folder());
+  print_json(record.take());
+}
+
+void print_as_text() {
   std::printf("user\t%s\n", user().c_str());
-  std::printf("groups\t%s\n", groups().c_str());
-  std::printf("host\t%s\n", host().c_str());
+  std::printf("groups\t");
+  const char *separator = "";
+  for (const std::string &name : groups()) {
+    std::printf("%s%s", separator, name.c_str());
+    separator = " ";
+  }
+  std::printf("\nhost\t%s\n", host().c_str());
   std::printf("folder\t%s\n", folder().c_str());
+}
+
+constexpr std::array kOptions = {kOutputOption};
+
+int run(const Arguments &arguments) {
+  arguments.require_operands(0, 0);
+  arguments.wants_json() ? print_as_json() : print_as_text();
   return kSuccess;
 }
 
 }  // namespace
 
 const Command kWhoamiCommand = {
-    "whoami", "", "print the user, the groups, the host and the program's folder",
-    "One line each: the name of the entry, a tab and the value. Groups are separated by blanks.\n", run};
+    "whoami",
+    "",
+    "print the user, the groups, the host and the program's folder",
+    kOptions,
+    "One line each: the name of the entry, a tab and the value. Groups are separated by blanks.\n",
+    run};
 
 }  // namespace tools

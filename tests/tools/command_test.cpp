@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 #include <zorvcrt.h>
 
+#include <algorithm>
+#include <string>
+
 #include "run.hpp"
 
 namespace {
@@ -30,6 +33,47 @@ TEST(Command, HelpListsEveryCommandAndEachExplainsItself) {
   EXPECT_GE(explained, 1U);
 }
 
+TEST(Command, ExplainsACommandInThreeWays) {
+  const std::string help = run_zorvcrt({"json", "--help"}).output;
+  EXPECT_NE(help.find("--compact"), std::string::npos);
+  EXPECT_EQ(run_zorvcrt({"json", "-h"}).output, help);
+  EXPECT_EQ(run_zorvcrt({"help", "json"}).output, help);
+  EXPECT_EQ(run_zorvcrt({"help", "frobnicate"}).status, 2);
+}
+
+TEST(Command, TakesHelpBehindTwoDashesForAnOperand) {
+  EXPECT_TRUE(run_zorvcrt({"log", "-", "info", "--", "--help"}).errors.ends_with("] --help\n"));
+}
+
+TEST(Command, RefusesAValueThatIsNoneOfTheChoices) {
+  for (const char *value : {"", "xml", "text|json", "tex"}) {
+    const auto outcome = run_zorvcrt({"version", "--output", value});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_TRUE(outcome.errors.starts_with("zorvcrt version: option --output takes text|json, not '"))
+        << value;
+  }
+  EXPECT_EQ(run_zorvcrt({"version", "--output"}).status, 2);
+}
+
+TEST(Command, ReportsOutputThatIsLostInOneLine) {
+  for (const char *words : {"version", "base64 /proc/self/exe", "listen 0", "whoami --output json"}) {
+    const std::string command = std::string(ZORVCRT_BINARY_DIR "/tools/zorvcrt ") + words + " >/dev/full";
+    const auto outcome = support::run({"sh", "-c", command});
+    EXPECT_EQ(outcome.status, 1) << words;
+    EXPECT_TRUE(outcome.errors.ends_with("standard output: No space left on device\n")) << outcome.errors;
+    EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1) << outcome.errors;
+  }
+}
+
+TEST(Command, FailsWithoutAStandardOutput) {
+  for (const char *words : {"version", "listen 0"}) {
+    const std::string command = std::string(ZORVCRT_BINARY_DIR "/tools/zorvcrt ") + words + " >&-";
+    const auto outcome = support::run({"sh", "-c", command});
+    EXPECT_EQ(outcome.status, 1) << words;
+    EXPECT_TRUE(outcome.errors.ends_with("standard output: Bad file descriptor\n")) << outcome.errors;
+  }
+}
+
 TEST(Command, RefusesAnUnknownCommandAsMisuse) {
   const auto outcome = run_zorvcrt({"frobnicate"});
   EXPECT_EQ(outcome.status, 2);
@@ -39,7 +83,8 @@ TEST(Command, RefusesAnUnknownCommandAsMisuse) {
 TEST(Command, RefusesAnUnknownOptionWithTheUsageLine) {
   const auto outcome = run_zorvcrt({"version", "--loud"});
   EXPECT_EQ(outcome.status, 2);
-  EXPECT_EQ(outcome.errors, "zorvcrt version: unknown option --loud\nusage: zorvcrt version\n");
+  EXPECT_EQ(outcome.errors,
+            "zorvcrt version: unknown option --loud\nusage: zorvcrt version [--output text|json]\n");
 }
 
 TEST(Command, PrintsTheVersionOfTheLibrary) {

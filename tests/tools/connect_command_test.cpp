@@ -3,7 +3,10 @@
 #include <unistd.h>
 #include <zorvcrt.h>
 
+#include <chrono>
+#include <regex>
 #include <string>
+#include <thread>
 
 #include "run.hpp"
 
@@ -88,6 +91,47 @@ TEST(ConnectCommand, WaitsForAnAnswerNoLongerThanItIsTold) {
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.errors, "zorvcrt connect: no answer within 20 ms\n");
   ZfxCloseSocket(listener);
+}
+
+// A server of the test's own that sends a byte whenever the client would wait once more, and never a line
+// end.
+TEST(ConnectCommand, LimitsTheWholeAnswerAndNotTheNextByteOfIt) {
+  int32_t listener = -1;
+  int32_t port = 0;
+  ASSERT_EQ(ZfxCreateDynamicListenSocket(&listener, &port), 0);
+  std::thread server([&] {
+    const int32_t client = ZfxAccept(listener, nullptr, nullptr);
+    while (::send(client, "x", 1, MSG_NOSIGNAL) == 1) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    ZfxCloseSocket(client);
+  });
+  const auto outcome = run_zorvcrt({"connect", "127.0.0.1", std::to_string(port), "--timeout=50"}, "x\n");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.errors, "zorvcrt connect: no answer within 50 ms\n");
+  server.join();
+  ZfxCloseSocket(listener);
+}
+
+TEST(ConnectCommand, DoesNotTakeTheConnectionForAClosedStandardInput) {
+  const Server server;
+  const auto outcome = support::run(
+      {"sh", "-c", ZORVCRT_BINARY_DIR "/tools/zorvcrt connect 127.0.0.1 " + server.port() + " <&-"});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.output, "");
+  EXPECT_EQ(outcome.errors, "zorvcrt connect: standard input cannot be read\n");
+}
+
+TEST(ListenCommand, AnnouncesItsPortAsJson) {
+  int pipe[2];
+  ASSERT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
+  uint32_t process = 0;
+  const std::string command = ZORVCRT_BINARY_DIR "/tools/zorvcrt listen 0 --output json";
+  ASSERT_EQ(ZfxExecPR(command.c_str(), 0, -1, pipe[1], -1, &process), 0);
+  const std::string line = line_from(pipe[0]);
+  EXPECT_TRUE(std::regex_match(line, std::regex("\\{\"port\":[1-9][0-9]*\\}"))) << line;
+  ZfxKillProcess(process);
+  ZfxWaitProcess(process, -1, nullptr);
 }
 
 TEST(ConnectCommand, RefusesWhatIsNoPortAsMisuse) {

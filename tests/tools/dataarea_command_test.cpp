@@ -31,6 +31,14 @@ TEST_F(DataareaCommand, PrintsTheFolderWhenEveryCheckPasses) {
       "zorvcrt dataarea: The db directory in the ZORV data area does not exist: /usr/local/zorv/var/db\n");
 }
 
+TEST_F(DataareaCommand, PrintsJson) {
+  std::filesystem::create_directories("/usr/local/zorv/var/log");
+  EXPECT_EQ(support::run_zorvcrt({"dataarea", "--output", "json"}).output,
+            "{\"configured\":true,\"checked\":[]}\n");
+  EXPECT_EQ(support::run_zorvcrt({"dataarea", "--output", "json", "--check", "log"}).output,
+            "{\"configured\":true,\"folder\":\"/usr/local/zorv/var\",\"checked\":[\"log\"]}\n");
+}
+
 TEST(DataareaCommandWords, RefusesAnUnknownOrMissingCheckAsMisuse) {
   EXPECT_EQ(support::run_zorvcrt({"dataarea", "--check", "conf,home"}).status, 2);
   EXPECT_EQ(support::run_zorvcrt({"dataarea", "--check", ""}).status, 2);

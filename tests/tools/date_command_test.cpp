@@ -43,6 +43,21 @@ TEST(DateCommand, ReportsATextThatIsNoDateAndGoesOn) {
   EXPECT_EQ(outcome.output, "1709251200\t2024-03-01 00:00:00\n");
 }
 
+TEST(DateCommand, PrintsJsonALineForEachDate) {
+  EXPECT_EQ(output_of({"--output", "json", "2024-02-29", "2024-03-01"}),
+            "{\"seconds\":1709164800,\"utc\":\"2024-02-29 00:00:00\"}\n"
+            "{\"seconds\":1709251200,\"utc\":\"2024-03-01 00:00:00\"}\n");
+  EXPECT_EQ(output_of({"--output=json", "--add", "1", "day", "2024-02-28"}),
+            "{\"seconds\":1709164800,\"utc\":\"2024-02-29 00:00:00\"}\n");
+}
+
+TEST(DateCommand, ReadsTheLinesOfStandardInputForADash) {
+  const auto outcome = support::run_zorvcrt({"date", "-"}, "2024-02-29\nnone\n2024-03-01");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.output, "1709164800\t2024-02-29 00:00:00\n1709251200\t2024-03-01 00:00:00\n");
+  EXPECT_EQ(outcome.errors, "zorvcrt date: 'none' is no date after 1970-01-01 00:00:00\n");
+}
+
 TEST(DateCommand, MovesADateAndKeepsItsDay) {
   EXPECT_EQ(output_of({"--add", "1", "day", "2024-02-28"}), "1709164800\t2024-02-29 00:00:00\n");
   EXPECT_EQ(output_of({"--add", "-1", "week", "2024-03-07"}), "1709164800\t2024-02-29 00:00:00\n");
@@ -95,11 +110,15 @@ TEST(DateCommand, RefusesWhatMakesNoSense) {
                                                 {"--add", "2147483648", "day"},
                                                 {"--add", "", "day"},
                                                 {"--add", "1", "day", "--mode", "x"},
+                                                {"--add", "1", "day", "--mode", "99"},
+                                                {"--add", "1", "year", "--mode", "2"},
+                                                {"--add", "1", "month", "--mode", "3"},
+                                                {"--add", "1", "day", "--mode", "-1"},
                                                 {"--add", "1", "day", "now", "then"},
                                                 {"--mode", "1", "2024"}}) {
     const auto outcome = run_date(words);
     EXPECT_EQ(outcome.status, 2) << outcome.output;
-    EXPECT_NE(outcome.errors.find("usage: zorvcrt date TEXT..."), std::string::npos) << outcome.errors;
+    EXPECT_NE(outcome.errors.find("usage: zorvcrt date [--add N]"), std::string::npos) << outcome.errors;
   }
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "files.hpp"
 #include "run.hpp"
 
 namespace {
@@ -88,9 +89,25 @@ TEST(Utf8Command, ReportsHalfAUnitAtTheEnd) {
   EXPECT_EQ(outcome.errors, "zorvcrt utf8: the input ends in half a unit\n");
 }
 
-TEST(EncodingCommands, TakeNoOperands) {
+TEST(EncodingCommands, ReadAFileOrStandardInputForADash) {
+  const support::TemporaryFolder folder;
+  support::write_file(folder / "data", "Cat!");
   for (const char *name : {"base64", "uu", "utf8"}) {
-    EXPECT_EQ(support::run_zorvcrt({name, "file"}, "").status, 2) << name;
+    const std::string expected = output_of({name}, "Cat!");
+    EXPECT_EQ(output_of({name, folder / "data"}, ""), expected) << name;
+    EXPECT_EQ(output_of({name, "-"}, "Cat!"), expected) << name;
+  }
+}
+
+TEST(EncodingCommands, ReportAFileThatCannotBeRead) {
+  for (const char *name : {"base64", "uu", "utf8"}) {
+    const auto absent = support::run_zorvcrt({name, "/nonexistent"});
+    EXPECT_EQ(absent.status, 1);
+    EXPECT_EQ(absent.errors, std::string("zorvcrt ") + name + ": /nonexistent: No such file or directory\n");
+    const auto folder = support::run_zorvcrt({name, "/"});
+    EXPECT_EQ(folder.status, 1);
+    EXPECT_EQ(folder.errors, std::string("zorvcrt ") + name + ": /: Is a directory\n");
+    EXPECT_EQ(support::run_zorvcrt({name, "one", "two"}).status, 2);
   }
 }
 

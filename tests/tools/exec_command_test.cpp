@@ -39,8 +39,13 @@ TEST(ExecCommand, KillsAProgramThatDoesNotEndInTime) {
 TEST(ExecCommand, EndsAsTheProgramDoesInTime) {
   EXPECT_EQ(run_zorvcrt({"exec", "--timeout", "60000", "sh -c 'exit 7'"}).status, 7);
   const auto killed = run_zorvcrt({"exec", "--timeout", "60000", "sh -c 'kill -9 $$'"});
-  EXPECT_EQ(killed.status, 1);
-  EXPECT_EQ(killed.errors, "zorvcrt exec: ended by a signal\n");
+  EXPECT_EQ(killed.status, 128 + 9);
+  EXPECT_EQ(killed.errors, "zorvcrt exec: ended by signal 9\n");
+}
+
+TEST(ExecCommand, WaitsOnForAProgramThatIsStoppedAndContinues) {
+  const char *command = "sh -c '(sleep 0.05; kill -CONT $$) & kill -STOP $$; exit 7'";
+  EXPECT_EQ(run_zorvcrt({"exec", "--timeout", "60000", command}).status, 7);
 }
 
 TEST(ExecCommand, RefusesOtherThanOneCommandAndATime) {

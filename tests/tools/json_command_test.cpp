@@ -31,9 +31,9 @@ TEST(JsonCommand, ReportsASyntaxErrorWithTheFilesName) {
   EXPECT_EQ(outcome.output, "");
   EXPECT_EQ(outcome.errors, "zorvcrt json: " + (folder / "bad.json") +
                                 ": line #2.1: syntax error, unexpected $end, expecting A_END or COMMA\n");
-  EXPECT_EQ(
-      run_zorvcrt({"json"}, "x").errors,
-      "zorvcrt json: -: line #1.2: syntax error, unexpected $undefined, expecting O_BEGIN or A_BEGIN\n");
+  EXPECT_EQ(run_zorvcrt({"json"}, "x").errors,
+            "zorvcrt json: standard input: line #1.2: syntax error, unexpected $undefined, expecting O_BEGIN "
+            "or A_BEGIN\n");
 }
 
 TEST(JsonCommand, ReportsAFileThatCannotBeOpened) {

@@ -37,6 +37,14 @@ TEST(LogCommand, TakesADashForStandardError) {
   expect_line(outcome.errors, "  ERROR\\] -x %s\n");
 }
 
+TEST(LogCommand, WritesEachLineOfStandardInputForTheMessageDash) {
+  const auto outcome = support::run_zorvcrt({"log", "-", "info", "-"}, "one\n\nlast");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_TRUE(std::regex_match(outcome.errors, std::regex("[^\n]* one\n[^\n]*\\] \n[^\n]* last\n")))
+      << outcome.errors;
+  EXPECT_TRUE(support::run_zorvcrt({"log", "-", "info", "a", "-"}).errors.ends_with("] a -\n"));
+}
+
 TEST(LogCommand, CutsAMessageToWhatALineHolds) {
   const auto outcome = support::run_zorvcrt({"log", "-", "info", std::string(9000, 'm')});
   expect_line(outcome.errors, "   INFO\\] m{8000}\n");

@@ -32,6 +32,14 @@ TEST_F(SettingsCommand, AsksOnlyTheLevelThatIsNamed) {
   EXPECT_EQ(settings({"ONE", "--level", "group"}).status, 1);
 }
 
+TEST_F(SettingsCommand, PrintsJson) {
+  EXPECT_EQ(settings({"ONE", "--output", "json"}).output, "{\"name\":\"ONE\",\"value\":\"1\"}\n");
+  EXPECT_EQ(settings({"--level", "privileged", "--output", "json"}).output,
+            "[{\"level\":\"privileged\",\"name\":\"ONE\",\"value\":\"1\"},"
+            "{\"level\":\"privileged\",\"name\":\"BOTH\",\"value\":\"high\"}]\n");
+  EXPECT_EQ(settings({"--level", "group", "--output", "json"}).output, "[]\n");
+}
+
 TEST_F(SettingsCommand, FailsInOneLineForANameThatIsNotSet) {
   const auto outcome = settings({"NO_SUCH_NAME"});
   EXPECT_EQ(outcome.status, 1);
@@ -51,7 +59,8 @@ TEST_F(SettingsCommand, ListsLevelNameAndValueWithTabsIntoAPipe) {
 TEST_F(SettingsCommand, RefusesAnUnknownLevelAsMisuse) {
   const auto outcome = settings({"--level", "secret"});
   EXPECT_EQ(outcome.status, 2);
-  EXPECT_NE(outcome.errors.find("unknown level 'secret'"), std::string::npos);
+  EXPECT_NE(outcome.errors.find("option --level takes privileged|group|nonprivileged|all, not 'secret'"),
+            std::string::npos);
 }
 
 TEST_F(SettingsCommand, FailsInOneLineWhenTheSettingsCannotBeLoaded) {

@@ -21,6 +21,9 @@ TEST_F(WhoamiCommand, PrintsUserGroupsHostAndFolder) {
   EXPECT_EQ(outcome.output, "user\tsomebody\ngroups\tprimary other\nhost\t" + std::string(host) +
                                 "\nfolder\t" ZORVCRT_BINARY_DIR "/tools\n");
   EXPECT_EQ(outcome.errors, "");
+  EXPECT_EQ(run_zorvcrt({"whoami", "--output", "json"}).output,
+            "{\"user\":\"somebody\",\"groups\":[\"primary\",\"other\"],\"host\":\"" + std::string(host) +
+                "\",\"folder\":\"" ZORVCRT_BINARY_DIR "/tools\"}\n");
 }
 
 TEST_F(WhoamiCommand, ReportsAGroupWithoutAName) {
