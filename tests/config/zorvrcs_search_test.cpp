@@ -1,8 +1,6 @@
 // Which settings files are read, in which order, and what happens when there are none.
-#include <linux/capability.h>
 #include <pwd.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,6 +8,7 @@
 #include <filesystem>
 #include <string>
 
+#include "capabilities.hpp"
 #include "zorvrcs_fixture.hpp"
 
 namespace {
@@ -20,24 +19,6 @@ namespace fs = std::filesystem;
 constexpr char kDefaultFile[] = "/usr/local/zorv/sys/conf/quor.conf";
 constexpr char kDataAreaFile[] = "/usr/local/zorv/var/conf/sys/quor.conf";
 const std::string kUserFile = std::string(support::kPrivateHome) + "/.ZORVrcs";
-
-// Lets the permissions of files hold for root, too.
-class WithoutCapabilities {
- public:
-  WithoutCapabilities() {
-    EXPECT_EQ(::syscall(SYS_capget, &header_, before_), 0);
-    __user_cap_data_struct without[2] = {before_[0], before_[1]};
-    without[0].effective = without[1].effective = 0;
-    EXPECT_EQ(::syscall(SYS_capset, &header_, without), 0);
-  }
-  ~WithoutCapabilities() { ::syscall(SYS_capset, &header_, before_); }
-  WithoutCapabilities(const WithoutCapabilities &) = delete;
-  WithoutCapabilities &operator=(const WithoutCapabilities &) = delete;
-
- private:
-  __user_cap_header_struct header_ = {_LINUX_CAPABILITY_VERSION_3, 0};
-  __user_cap_data_struct before_[2] = {};
-};
 
 class SettingsSearch : public FixedPathSettingsTest {
  protected:
@@ -207,7 +188,7 @@ TEST_F(SettingsSearch, PassesOverFilesThatItMayNotRead) {
   support::write_file(kUserFile, "C=user\n");
   ::chmod(kDataAreaFile, 0);
   ::chmod(kUserFile.c_str(), 0);
-  const WithoutCapabilities like_anybody;
+  const support::WithoutCapabilities like_anybody;
   EXPECT_EQ(loaded(), Entries({nonprivileged("B", "default")}));
 }
 
