@@ -1,33 +1,12 @@
 // 24 bytes and their 32 sextets in AVX2 registers, as Base64 and uuencode share them.
 #pragma once
 
-#include <immintrin.h>
-
-#include <cstddef>
-#include <cstdint>
-
-#define ZORVCRT_AVX2 __attribute__((target("avx2")))
+#include "wide_block.hpp"
 
 namespace zorvcrt {
 
 inline constexpr std::size_t kWideBytes = 24;
 inline constexpr std::size_t kWideSextets = 32;
-
-ZORVCRT_AVX2 inline __m256i load_wide(const void *from) {
-  return _mm256_loadu_si256(static_cast<const __m256i *>(from));
-}
-
-ZORVCRT_AVX2 inline void store_wide(void *to, __m256i value) {
-  _mm256_storeu_si256(static_cast<__m256i *>(to), value);
-}
-
-ZORVCRT_AVX2 inline __m128i load_half(const void *from) {
-  return _mm_loadu_si128(static_cast<const __m128i *>(from));
-}
-
-ZORVCRT_AVX2 inline void store_half(void *to, __m128i value) {
-  _mm_storeu_si128(static_cast<__m128i *>(to), value);
-}
 
 /// The sextets of 24 bytes; reads these and no more.
 ZORVCRT_AVX2 inline __m256i sextets_of(const uint8_t *bytes) {

@@ -4,17 +4,11 @@
 
 #include <cpuid.h>
 
-#include <atomic>
 #include <cstdint>
 
 namespace zorvcrt {
 
 namespace {
-
-enum Answer : int { kNotAsked, kNo, kYes };
-
-// Zero when loaded. Threads that ask together find the same answer.
-std::atomic<int> answer{kNotAsked};
 
 // The operating system keeps the wide registers of a thread (bits 1 and 2 of the first extended control
 // register).
@@ -38,13 +32,12 @@ bool processor_answer() {
 
 }  // namespace
 
-bool has_wide_registers() {
-  int known = answer.load(std::memory_order_relaxed);
-  if (known == kNotAsked) {
-    known = processor_answer() ? kYes : kNo;
-    answer.store(known, std::memory_order_relaxed);
-  }
-  return known == kYes;
+std::atomic<WideRegisters> wide_registers{WideRegisters::kNotAsked};
+
+WideRegisters ask_for_wide_registers() {
+  const WideRegisters answer = processor_answer() ? WideRegisters::kPresent : WideRegisters::kMissing;
+  wide_registers.store(answer, std::memory_order_relaxed);
+  return answer;
 }
 
 }  // namespace zorvcrt
