@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
@@ -19,6 +20,8 @@ struct Order {
 };
 
 thread_local Order order = {0, 0, SIZE_MAX, false, false};
+
+std::atomic<long> blocks{0};  // in use, of all threads
 
 bool refused(std::size_t size) {
   ++order.count;
@@ -48,10 +51,22 @@ void *bootstrap_block(std::size_t size) {
   return block;
 }
 
+bool is_bootstrap_block(const void *block) {
+  const auto address = reinterpret_cast<std::uintptr_t>(block);
+  const auto start = reinterpret_cast<std::uintptr_t>(bootstrap);
+  return address >= start && address < start + sizeof bootstrap;
+}
+
+void *counted(void *block) {
+  if (block != nullptr) blocks.fetch_add(1, std::memory_order_relaxed);
+  return block;
+}
+
 // Plain pointers, set at the first use: a sanitizer asks for memory before anything of ours is initialised.
 void *(*next_malloc)(std::size_t) = nullptr;
 void *(*next_calloc)(std::size_t, std::size_t) = nullptr;
 void *(*next_realloc)(void *, std::size_t) = nullptr;
+void (*next_free)(void *) = nullptr;
 
 }  // namespace
 
@@ -79,6 +94,10 @@ std::size_t allocations_since_last_call() {
   return count;
 }
 
+long live_blocks() {
+  return blocks.load(std::memory_order_relaxed);
+}
+
 }  // namespace support
 
 extern "C" {
@@ -86,7 +105,7 @@ extern "C" {
 void *malloc(std::size_t size) {
   using support::next_malloc;
   if (next_malloc == nullptr) next_malloc = support::next_function<void *(*)(std::size_t)>("malloc");
-  return support::refused(size) ? nullptr : next_malloc(size);
+  return support::refused(size) ? nullptr : support::counted(next_malloc(size));
 }
 
 void *calloc(std::size_t count, std::size_t size) {
@@ -98,14 +117,32 @@ void *calloc(std::size_t count, std::size_t size) {
     next_calloc = support::next_function<void *(*)(std::size_t, std::size_t)>("calloc");
     looking = false;
   }
-  return support::refused(count * size) ? nullptr : next_calloc(count, size);
+  return support::refused(count * size) ? nullptr : support::counted(next_calloc(count, size));
 }
 
 void *realloc(void *block, std::size_t size) {
   using support::next_realloc;
   if (next_realloc == nullptr)
     next_realloc = support::next_function<void *(*)(void *, std::size_t)>("realloc");
-  return support::refused(size) ? nullptr : next_realloc(block, size);
+  if (block == nullptr) return malloc(size);
+  if (size != 0) return support::refused(size) ? nullptr : next_realloc(block, size);
+  free(block);
+  return nullptr;
+}
+
+void free(void *block) {
+  using support::next_free;
+  if (block == nullptr || support::is_bootstrap_block(block)) return;
+  if (next_free == nullptr) next_free = support::next_function<void (*)(void *)>("free");
+  support::blocks.fetch_sub(1, std::memory_order_relaxed);
+  next_free(block);
+}
+
+// A sanitizer's own would take its block past the functions above.
+char *strdup(const char *text) {
+  const std::size_t size = std::strlen(text) + 1;
+  void *copy = malloc(size);
+  return copy == nullptr ? nullptr : static_cast<char *>(std::memcpy(copy, text, size));
 }
 
 }  // extern "C"

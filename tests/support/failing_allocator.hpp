@@ -1,6 +1,6 @@
-// Allocation failures on demand. A test program that includes this header has malloc, calloc and realloc of
-// its own in front of the process's (see tests/CMakeLists.txt); they behave like them until a failure is
-// ordered.
+// Allocation failures on demand. A test program that includes this header has malloc, calloc, realloc, free
+// and strdup of its own in front of the process's (see tests/CMakeLists.txt); they behave like them until a
+// failure is ordered.
 #pragma once
 
 #include <cstddef>
@@ -34,5 +34,8 @@ class LimitedAllocator {
 
 /// Counts the requests since the last call in this thread.
 std::size_t allocations_since_last_call();
+
+/// Counts the blocks of the whole process that are in use. What the C library keeps for itself is among them.
+long live_blocks();
 
 }  // namespace support
