@@ -18,7 +18,8 @@
  *
  * Where a function loads "or ends the process": when `__KERNEL_DEVELOPER` names no absolute path, or neither
  * that file nor "./.ZORVrcs" can be opened, it prints "Cannot load config file! (#9091) " and the system's
- * reason on standard error and exits with status 91. No other trouble with files is an error.
+ * reason on standard error and exits with status 91. No other trouble with files is an error. A setting or
+ * a variable for which memory runs out is left out, and a change for which it runs out is not made.
  */
 #ifndef ZORVCRT_ZORVRCS_H
 #define ZORVCRT_ZORVRCS_H
@@ -90,7 +91,7 @@ ZFX_API void QuorConfRemove(void);
  *
  * @param path the file, which need not exist; it is copied. All settings are forgotten and loaded at once, or
  *             the process ends. Null or "" restores "/usr/local/zorv/sys/conf/quor.conf" and forgets all
- *             settings without loading.
+ *             settings without loading. When there is no memory for the copy nothing changes.
  *
  * This load derives no "QUOR_HOME", and it exports the settings but does not settle "QUOR_BLOCK_SIZE". With
  * `__KERNEL_DEVELOPER` in the environment the load does not look at the path and forgets it, but later loads

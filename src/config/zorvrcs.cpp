@@ -116,9 +116,11 @@ void QuorConfRemove(void) {
 void QuorConfSetPath(const char *path) {
   // Copied first: the path may be a setting of the tree that is forgotten here.
   auto own_path = settings::copy_of(zorvcrt::view_of(path));
+  const bool is_explicit = path != nullptr && *path != '\0';
+  if (is_explicit && own_path == nullptr) return;
   QuorConfRemove();
   settings::forget_path(process_settings);
-  process_settings.path_is_explicit = own_path != nullptr && *own_path != '\0';
+  process_settings.path_is_explicit = is_explicit;
   if (!process_settings.path_is_explicit) return;
   process_settings.path = own_path.release();
   end_process_on(settings::load(process_settings));
