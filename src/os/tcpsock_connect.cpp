@@ -56,7 +56,9 @@ int resolve(const char *host, in_addr &address) {
     const auto length = static_cast<socklen_t>(std::strlen(host));
     return ::gethostbyaddr_r(host, length, AF_INET, found, area, size, result, &unused);
   };
-  if (!entry.look_up(by_name) && !entry.look_up(by_address)) return resolver_error();
+  // Without memory nothing is known about the name yet, so it is not taken for an address.
+  const bool found = entry.look_up(by_name) || (errno != ENOMEM && entry.look_up(by_address));
+  if (!found) return resolver_error();
   if (entry->h_addrtype != AF_INET || entry->h_addr_list[0] == nullptr) return EHOSTUNREACH;
   std::memcpy(&address, entry->h_addr_list[0], sizeof address);
   return 0;
