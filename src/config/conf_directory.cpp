@@ -8,6 +8,7 @@
 #include "conf_tree.hpp"
 #include "fixed_text.hpp"
 #include "handles.hpp"
+#include "regular_file.hpp"
 
 namespace {
 
@@ -64,7 +65,8 @@ void __merge_sections(Configuration &configuration, Configuration &file) {
 }
 
 void merge_file(Configuration &configuration, const char *path) {
-  Configuration *file = zorvcrt::read_configuration(path);
+  const zorvcrt::UniqueFile opened = zorvcrt::open_regular_file(path);
+  Configuration *file = zorvcrt::read_configuration(path, opened.get());
   if (file == nullptr) return;
   __merge_sections(configuration, *file);
   zorvcrt::delete_configuration(file);

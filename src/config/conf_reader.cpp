@@ -53,9 +53,13 @@ bool read_lines(Configuration &configuration, FILE *file) {
 
 Configuration *read_configuration(const char *file_name) {
   const UniqueFile file(std::fopen(file_name, "re"));
-  if (!file) return nullptr;
+  return read_configuration(file_name, file.get());
+}
+
+Configuration *read_configuration(const char *file_name, FILE *file) {
+  if (file == nullptr) return nullptr;
   Configuration *configuration = new_configuration(file_name);
-  if (configuration == nullptr || read_lines(*configuration, file.get())) return configuration;
+  if (configuration == nullptr || read_lines(*configuration, file)) return configuration;
   delete_configuration(configuration);
   return nullptr;
 }

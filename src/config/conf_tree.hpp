@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <string_view>
 
 #include "conf.h"
@@ -90,5 +91,8 @@ inline Entry *find_entry(const Section &section, const char *key) {
 
 /// Reads a file into a new configuration; null when it cannot be opened or memory is short.
 Configuration *read_configuration(const char *file_name);
+
+/// Reads an open file; null for null and when memory is short.
+Configuration *read_configuration(const char *file_name, FILE *file);
 
 }  // namespace zorvcrt

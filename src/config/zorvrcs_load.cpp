@@ -11,6 +11,7 @@
 
 #include "FileStatus.h"
 #include "dataarea.h"
+#include "regular_file.hpp"
 #include "zorvrcs_export.hpp"
 #include "zorvrcs_home.hpp"
 #include "zorvrcs_reader.hpp"
@@ -40,10 +41,13 @@ UniqueFile open_settings(const char *path) {
   return UniqueFile(std::fopen(path, "re"));
 }
 
-bool read_file(const char *path, int32_t mask, Tree &tree) {
-  const UniqueFile file = open_settings(path);
+bool read_file(const UniqueFile &file, int32_t mask, Tree &tree) {
   if (file != nullptr) read_settings(file.get(), mask, tree);
   return file != nullptr;
+}
+
+bool read_file(const char *path, int32_t mask, Tree &tree) {
+  return read_file(open_settings(path), mask, tree);
 }
 
 void add_home(Tree &tree) {
@@ -97,8 +101,8 @@ void read_user_file(Tree &tree) {
   read_file(path.append(kUserFile).c_str(), kUserLevels, tree);
 }
 
-// Reads every file of the folder that has ".conf" anywhere in its name, so that numbered and dated copies
-// count as well.
+// Reads every regular file of the folder that has ".conf" anywhere in its name, so that numbered and dated
+// copies count as well.
 void read_extensions(std::string_view folder, Tree &tree) {
   const UniqueDirectory directory(::opendir(Path(folder).c_str()));
   if (directory == nullptr) return;
@@ -106,7 +110,7 @@ void read_extensions(std::string_view folder, Tree &tree) {
     const std::string_view name = entry->d_name;
     if (name.find(kExtensionMark) == std::string_view::npos) continue;
     Path path(folder);
-    read_file(path.append('/').append(name).c_str(), QUOR_LEVEL_ALL, tree);
+    read_file(open_regular_file(path.append('/').append(name).c_str()), QUOR_LEVEL_ALL, tree);
   }
 }
 

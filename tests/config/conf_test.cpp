@@ -205,6 +205,21 @@ TEST_F(ConfTest, MergesTheSameFolderAgainWithoutAddingAnything) {
   }
 }
 
+// A pipe that nobody writes to would be waited for until the end of days.
+TEST_F(ConfTest, PassesOverPipesAndDevicesInTheFolder) {
+  const Configuration config = open("ConfigDir=d\n");
+  support::write_file(folder / "d/file.conf", "[New]\na=1\n");
+  ASSERT_EQ(::mkfifo((folder / "d/pipe.conf").c_str(), 0600), 0);
+  support::make_link("/dev/zero", folder / "d/device.conf");
+  support::make_link(folder / "d/file.conf", folder / "d/link.conf");
+  const int descriptors = support::open_descriptors();
+  ::alarm(30);
+  EXPECT_EQ(Config_DirOpen(config.get(), nullptr, nullptr), 0);
+  ::alarm(0);
+  EXPECT_EQ(support::open_descriptors(), descriptors);
+  EXPECT_EQ(sections_of(config), (Sections{{"", {{"ConfigDir", "d"}}}, {"New", {{"a", "1"}}}}));
+}
+
 TEST_F(ConfTest, MergesOnlyFilesWhoseNameEndsInConf) {
   const Configuration config = open("ConfigDir=d\n");
   for (const char *name : {"a.conf", "b.CONF", "c.d.Conf", ".conf", "conf", "d.config", "e.conf.bak", "f."}) {

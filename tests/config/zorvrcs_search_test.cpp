@@ -125,6 +125,20 @@ TEST_F(SettingsSearch, ReadsExtensionFilesWithTheMarkAnywhereInTheirNames) {
   EXPECT_EQ(found, expected);
 }
 
+// A pipe that nobody writes to would be waited for until the end of days.
+TEST_F(SettingsSearch, PassesOverPipesAndDevicesAmongTheExtensionFiles) {
+  support::write_file(kDefaultFile, "");
+  const std::string folder = "/usr/local/zorv/sys/conf/quor.d/";
+  support::write_file(folder + "file.conf", "A=1\n");
+  ASSERT_EQ(::mkfifo((folder + "pipe.conf").c_str(), 0600), 0);
+  fs::create_symlink("/dev/zero", folder + "device.conf");
+  const int descriptors = support::open_descriptors();
+  ::alarm(30);
+  EXPECT_EQ(loaded(), (Entries{nonprivileged("A", "1")}));
+  ::alarm(0);
+  EXPECT_EQ(support::open_descriptors(), descriptors);
+}
+
 TEST_F(SettingsSearch, ReadsExtensionFilesInTheOrderOfTheDirectory) {
   support::write_file(kDefaultFile, "");
   const fs::path folder = "/usr/local/zorv/sys/conf/quor.d";
