@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <climits>
 #include <cstdlib>
 #include <string_view>
 
@@ -64,16 +65,33 @@ Folder folder_of_relative(std::string_view name) {
   return folder.append(remainder);
 }
 
-// The parent in its canonical form, by way of entering it. The folder that we come from is held open, so that
-// the way back works even where its name is gone; where it cannot be held, it is not left.
+using ParentPath = FixedText<kHomeSize + 3>;
+
+// By way of entering the folder. The one that we come from is held open, so that the way back works even
+// where its name is gone.
+Folder entered(const ParentPath &path, const UniqueDescriptor &before) {
+  if (::chdir(path.c_str()) != 0) return Folder();
+  Folder folder = current_folder();
+  if (::fchdir(before.get()) != 0) folder.clear();
+  return folder;
+}
+
+// Without entering a folder that could be entered.
+Folder looked_up(const ParentPath &path) {
+  FixedText<PATH_MAX> name;
+  const bool can_be_entered = ::faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) == 0;
+  if (!can_be_entered || ::realpath(path.c_str(), name.data()) == nullptr) return Folder();
+  name.terminated_by_callee();
+  return name.size() < kHomeSize ? Folder(name.view()) : Folder();
+}
+
+// The parent in its canonical form. A current directory that cannot be held, for want of a descriptor say, is
+// not left.
 Folder parent_of(std::string_view folder) {
+  ParentPath path(folder);
+  path.append("/..");
   const UniqueDescriptor before(::open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!before.is_open()) return Folder();
-  FixedText<kHomeSize + 3> path(folder);
-  if (::chdir(path.append("/..").c_str()) != 0) return Folder();
-  Folder parent = current_folder();
-  if (::fchdir(before.get()) != 0) parent.clear();
-  return parent;
+  return before.is_open() ? entered(path, before) : looked_up(path);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // QUOR_HOME: the installation's home, by way of the links that lead into it.
 #include <dlfcn.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 
@@ -76,6 +77,20 @@ class SettingsHome : public FixedPathSettingsTest {
     return home();
   }
 
+  // The home that a load finds when it can open nothing.
+  std::string home_without_descriptors(const std::string &target) {
+    fs::remove_all(kLibraryLink);
+    support::make_link(target, kLibraryLink);
+    QuorConfRemove();
+    rlimit before = {};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none = {0, before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    QuorConfCreate();
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    return stored("QUOR_HOME");
+  }
+
   // The home that the links give, in the place of the real ones; a null target is a link that cannot be read.
   std::string home_when(std::map<std::string, std::string> links) {
     pretended_links = &links;
@@ -108,6 +123,28 @@ TEST_F(SettingsHome, IsAbsentWhenTheFolderCannotBeEntered) {
   EXPECT_EQ(home_by(path("missing/lib/libquor.so")), "(none)");
   support::write_file(path("file"), "");
   EXPECT_EQ(home_by(path("file/libquor.so")), "(none)");
+}
+
+TEST_F(SettingsHome, IsFoundWithoutAFreeDescriptorToo) {
+  make_folder("opt/lib");
+  make_folder("elsewhere");
+  fs::create_directory_symlink(path("opt/lib"), path("elsewhere/lib"));
+  EXPECT_EQ(home_without_descriptors(path("elsewhere/lib/libquor.so")), path("opt"));
+  EXPECT_EQ(home_without_descriptors("opt/lib/libquor.so"), path("opt"));
+  EXPECT_EQ(home_without_descriptors("/libquor.so"), "/");
+  EXPECT_EQ(home_without_descriptors(path("missing/lib/libquor.so")), "(none)");
+  support::write_file(path("file"), "");
+  EXPECT_EQ(home_without_descriptors(path("file/libquor.so")), "(none)");
+}
+
+TEST_F(SettingsHome, WithoutAFreeDescriptorIsAbsentWhenItIsTooLong) {
+  std::string folder = path("deep");
+  while (folder.size() < 1100) {
+    folder += "/" + std::string(200, 'd');
+  }
+  fs::create_directories(folder + "/lib");
+  fs::create_directory_symlink(folder + "/lib", path("shortcut"));
+  EXPECT_EQ(home_without_descriptors(path("shortcut/libquor.so")), "(none)");
 }
 
 TEST_F(SettingsHome, CountsARelativeLinkFromTheCurrentDirectory) {
