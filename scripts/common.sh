@@ -15,6 +15,7 @@ test_packages=(binutils libc-bin libgtest-dev locales mount pkg-config python3 u
 gate_packages=(clang clang-format libclang-rt-14-dev)
 lint_packages=(clang-tidy cppcheck)
 abi_packages=(abigail-tools dpkg-dev)
+packaging_packages=(binutils dpkg-dev fakeroot file lintian pkg-config python3)
 
 need() {
   local package missing=() as_root=()
