@@ -224,6 +224,18 @@ class Installation(unittest.TestCase):
         moved = self.prefix.rename(self.folder / "moved here")
         self.assertEqual(output_of(str(moved / "bin" / "zorvcrt"), "version"), "zorvcrt_core 8.4-4:1\n")
 
+    def test_serves_python(self):
+        examples = self.prefix / "share" / "doc" / "zorvcrt" / "examples" / "python"
+        programs = sorted(examples.glob("*.py"))
+        self.assertEqual(len(programs), len(list((SOURCE / "examples" / "python").glob("*.py"))))
+        self.assertGreater(len(programs), 0)
+        for program in programs:
+            with tempfile.TemporaryDirectory() as folder:
+                printed = output_of(sys.executable, program, folder,
+                                    LD_LIBRARY_PATH=str(hosts.library_folder(self.prefix)))
+                expected = program.with_suffix(".expected").read_text()
+                self.assertEqual(printed.replace(folder, "FOLDER"), expected, program.name)
+
     def test_can_be_staged(self):
         stage = self.folder / "stage"
         subprocess.run(["cmake", "--install", str(BINARY), "--prefix", "/opt/zorvcrt"], check=True,
@@ -277,14 +289,14 @@ class Rooms(unittest.TestCase):
 
 class Guides(unittest.TestCase):
     def test_show_only_code_that_is_run(self):
-        """A C block stands below a comment that names the example that it is, or the test that runs it."""
+        """C and Python stand below a comment that names the example that it is, or the test that runs it."""
         guides = [SOURCE / "README.md", *sorted((SOURCE / "docs").glob("*.md"))]
         shown = [(guide.name, *block) for guide in guides
-                 for block in re.findall(r"([^\n]*)\n```c\n(.*?)```\n", guide.read_text(), re.S)]
+                 for block in re.findall(r"([^\n]*)\n```(?:c|cpp|python)\n(.*?)```\n", guide.read_text(), re.S)]
         self.assertGreater(len(shown), 5)
         for guide, above, text in shown:
             named = re.fullmatch(r"<!-- (run by )?(\S+) -->", above)
-            self.assertTrue(named, f"{guide}: a C block without its example: {above}")
+            self.assertTrue(named, f"{guide}: a block without its example: {above}")
             source = (SOURCE / named[2]).read_text()
             if named[1]:
                 self.assertIn(guide, source, "the test does not read the guide")
