@@ -236,6 +236,18 @@ class Installation(unittest.TestCase):
                 expected = program.with_suffix(".expected").read_text()
                 self.assertEqual(printed.replace(folder, "FOLDER"), expected, program.name)
 
+    def test_is_refused_by_hosts_of_another_major_version(self):
+        for version, is_found in (("2", True), ("2.0", True), ("1", False), ("3", False)):
+            with self.subTest(version=version):
+                host = self.folder / version
+                host.mkdir()
+                (host / "CMakeLists.txt").write_text(
+                    "cmake_minimum_required(VERSION 3.25)\nproject(host LANGUAGES NONE)\n"
+                    f"find_package(zorvcrt_core {version} CONFIG)\nmessage(FATAL_ERROR found=${{zorvcrt_core_FOUND}})\n")
+                done = subprocess.run(["cmake", "-S", host, "-B", host / "build", f"-DCMAKE_PREFIX_PATH={self.prefix}"],
+                                      capture_output=True, text=True)
+                self.assertIn(f"found={int(is_found)}", done.stderr)
+
     def test_can_be_staged(self):
         stage = self.folder / "stage"
         subprocess.run(["cmake", "--install", str(BINARY), "--prefix", "/opt/zorvcrt"], check=True,
