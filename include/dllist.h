@@ -34,9 +34,8 @@ typedef struct DLinkList {
   DLinkListLink *tail;      /**< last link, null when the list is empty */
 } DLinkList;
 
-/** The neighbour that DLinkList_RemoveLink() returns. */
-#define DLINKLIST_PREVIOUS 1
-#define DLINKLIST_NEXT 2
+#define DLINKLIST_PREVIOUS 1 /**< DLinkList_RemoveLink() returns the link before */
+#define DLINKLIST_NEXT 2     /**< DLinkList_RemoveLink() returns the link behind */
 
 /** Create an empty list, to be given back with DLinkList_Delete().
  * @param destroy releases items; null leaves them to their owner

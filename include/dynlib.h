@@ -14,9 +14,8 @@
 
 ZFX_BEGIN_DECLS
 
-/** Results of LoadDynLib() and LoadProc() other than 0. */
-#define DYNLIB_NOT_LOADED 4
-#define DYNLIB_NO_SYMBOL 8
+#define DYNLIB_NOT_LOADED 4 /**< result of LoadDynLib() and LoadProc(): no library is loaded */
+#define DYNLIB_NO_SYMBOL 8  /**< result of LoadProc(): the library has no such symbol */
 
 /** A loaded library. Owned by the caller, who releases it with UnloadDynLib() or ReleaseDynLibHandle(). */
 typedef struct DynLib {

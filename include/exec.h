@@ -65,7 +65,12 @@ ZFX_API int32_t ZfxExecP(const char *command, int32_t wait, uint32_t *process);
 ZFX_API int32_t ZfxExecPR(const char *command, int32_t wait, int32_t in, int32_t out, int32_t err,
                           uint32_t *process);
 
-/** Start a program as ZfxExecP() does. @param value kept in its place and ignored */
+/** Start a program as ZfxExecP() does.
+ * @param command as for ZfxExecImpl()
+ * @param wait    as for ZfxExecImpl()
+ * @param value   kept in its place and ignored
+ * @param process as for ZfxExecImpl()
+ * @return as ZfxExecImpl() */
 ZFX_API int32_t ZfxExecWP(const char *command, int32_t wait, uint32_t value, uint32_t *process);
 
 ZFX_END_DECLS

@@ -40,8 +40,15 @@ ZFX_API char *CrtGetLogFileName(char *buffer, const char *directory, const char 
 /**
  * Compose the path of a log file in the installation's log directory; otherwise as CrtGetLogFileName().
  *
- * @param directory null or empty for the value of the setting "QUOR_LOG" as ZfxReadRCS() tells it, or "/tmp"
- *                  when that is absent or empty
+ * @param buffer      as for CrtGetLogFileName()
+ * @param directory   null or empty for the value of the setting "QUOR_LOG" as ZfxReadRCS() tells it, or
+ * "/tmp" when that is absent or empty
+ * @param name        as for CrtGetLogFileName()
+ * @param extension   as for CrtGetLogFileName()
+ * @param with_pid    as for CrtGetLogFileName()
+ * @param with_thread as for CrtGetLogFileName()
+ * @param with_time   as for CrtGetLogFileName()
+ * @return as CrtGetLogFileName()
  */
 ZFX_API char *getLogFileNameEx(char *buffer, const char *directory, const char *name, const char *extension,
                                int32_t with_pid, int32_t with_thread, int32_t with_time);

@@ -31,10 +31,10 @@ ZFX_BEGIN_DECLS
 /** The levels: a logger writes the lines of its own level and of all lower numbers. Level 0 writes nothing.
  */
 #define LOGGER_LEVEL_FATAL 1
-#define LOGGER_LEVEL_ERROR 2
-#define LOGGER_LEVEL_WARNING 3
-#define LOGGER_LEVEL_INFO 4
-#define LOGGER_LEVEL_DEBUG 5
+#define LOGGER_LEVEL_ERROR 2   /**< see LOGGER_LEVEL_FATAL */
+#define LOGGER_LEVEL_WARNING 3 /**< see LOGGER_LEVEL_FATAL */
+#define LOGGER_LEVEL_INFO 4    /**< see LOGGER_LEVEL_FATAL */
+#define LOGGER_LEVEL_DEBUG 5   /**< see LOGGER_LEVEL_FATAL */
 
 /**
  * Receives one line.
@@ -87,7 +87,9 @@ ZFX_API void Logger_Delete(Logger *logger);
  */
 ZFX_API void Logger_SetCallback(Logger *logger, LoggerCallback callback, void *context);
 
-/** Choose the most detailed level that is written. @param level any number: 0 for none, 5 or more for all */
+/** Choose the most detailed level that is written.
+ * @param logger null is ignored
+ * @param level  any number: 0 for none, 5 or more for all */
 ZFX_API void Logger_SetLogLevel(Logger *logger, uint32_t level);
 
 /** Tell the most detailed level that is written. @return the level; 0 for a null logger */
@@ -96,7 +98,8 @@ ZFX_API uint32_t Logger_GetLogLevel(const Logger *logger);
 /**
  * Note the name of the text encoding of the messages.
  *
- * @param name the name, cut after 62 characters; null counts as empty
+ * @param logger null is ignored
+ * @param name   the name, cut after 62 characters; null counts as empty
  *
  * The name is kept in the record for the host; lines are not converted.
  */
@@ -125,7 +128,10 @@ ZFX_API void Logger_LogInfo(const Logger *logger, const char *location, const ch
 /**
  * Log a warning line (level 3).
  *
- * @param error an error number that the line shows as "#5 "; 0 for none
+ * @param logger   null is ignored
+ * @param location as for Logger_LogDebug()
+ * @param error    an error number that the line shows as "#5 "; 0 for none
+ * @param format   as for Logger_LogDebug(), but for the length
  *
  * A message of more than 8191 characters is cut; Logger_GetMaxPrecision() tells how much of a text argument
  * is sure to fit. Otherwise as Logger_LogDebug().
@@ -144,6 +150,7 @@ ZFX_API void Logger_LogFatalError(const Logger *logger, const char *location, in
 /**
  * Log the system's text for an error number as an error line (level 2) that carries the number.
  *
+ * @param logger       null is ignored
  * @param location     as for Logger_LogError()
  * @param error        an errno value. Without @p use_strerror, -1 stands for the calling thread's errno; the
  *                     line then shows its text and the number -1.

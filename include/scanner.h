@@ -62,23 +62,23 @@ enum {
 
 /** The value of a token or, in a parser, of any symbol. */
 typedef union ZJsonSymbolValue {
-  int64_t integer; /**< of an integer, as intconv_atoi64s() reads the token's text: it wraps */
-  double number;   /**< of a number, as realconv_atof() reads the token's text: without its exponent */
-  char *string;    /**< of a string: the text between its quotes, in a block that the receiver releases with
-                        ZfxMemFree() */
-  ZJsonValue *value;
-  ZJsonMember *member;
-  ZJsonObject *object;
-  ZJsonArray *array;
+  int64_t integer;   /**< of an integer, as intconv_atoi64s() reads the token's text: it wraps */
+  double number;     /**< of a number, as realconv_atof() reads the token's text: without its exponent */
+  char *string;      /**< of a string: the text between its quotes, in a block that the receiver releases with
+                          ZfxMemFree() */
+  ZJsonValue *value; /**< in a parser, of a value */
+  ZJsonMember *member; /**< in a parser, of a member */
+  ZJsonObject *object; /**< in a parser, of an object */
+  ZJsonArray *array;   /**< in a parser, of an array */
 } ZJsonSymbolValue;
 
 /** A place in the input. A parser starts with 1 in every field. Each token begins where the last one has
  * ended; a line feed adds a line and sets the column to 0, any other byte adds a column. */
 typedef struct ZJsonLocation {
-  int32_t first_line;
-  int32_t first_column;
-  int32_t last_line;
-  int32_t last_column;
+  int32_t first_line;   /**< line where it begins */
+  int32_t first_column; /**< column where it begins */
+  int32_t last_line;    /**< line where it ends */
+  int32_t last_column;  /**< column where it ends */
 } ZJsonLocation;
 
 /**
@@ -106,26 +106,36 @@ ZFX_API int32_t zjson_lex_destroy(zjson_scanner *scanner);
 ZFX_API int32_t zjson_lex(ZJsonSymbolValue *lval, ZJsonLocation *lloc, zjson_scanner *scanner);
 
 /** @name Input buffers
- * The functions that return a buffer return null only for a null handle, unless they say otherwise. @{ */
+ * The functions that return a buffer return null only for a null handle, unless they say otherwise. */
+/**@{*/
 
 /** Scan a copy of bytes in a new buffer, which becomes the current one in the place of the one on top.
  * @param bytes   null counts as none
- * @param length  their number, 0 or less for none */
+ * @param length  their number, 0 or less for none
+ * @param scanner the handle; null gives null
+ * @return the buffer, which the handle owns */
 ZFX_API zjson_buffer *zjson__scan_bytes(const char *bytes, int32_t length, zjson_scanner *scanner);
 
-/** Scan a copy of a text; otherwise as zjson__scan_bytes(). @param text null counts as empty */
+/** Scan a copy of a text; otherwise as zjson__scan_bytes().
+ * @param text    null counts as empty
+ * @param scanner the handle
+ * @return as zjson__scan_bytes() */
 ZFX_API zjson_buffer *zjson__scan_string(const char *text, zjson_scanner *scanner);
 
 /** Scan an area of the caller's in place; otherwise as zjson__scan_bytes().
  * @param base    the area, which the scanner changes while it scans (it terminates the last token's text
  * there until the next call) and which must outlive the buffer
  * @param size    its size in bytes; the last two must be 0 and are not scanned
+ * @param scanner the handle
  * @return the buffer, or null when they are not or @p base is null */
 ZFX_API zjson_buffer *zjson__scan_buffer(char *base, uint64_t size, zjson_scanner *scanner);
 
 /** Make a buffer that reads from a stream, in blocks of at most 8192 bytes. It doubles when a token does not
- * fit. @param stream null for the stream that is set when the buffer is first read
- * @param size   bytes of space at first; below 1 stands for 16384 */
+ * fit.
+ * @param stream  null for the stream that is set when the buffer is first read
+ * @param size    bytes of space at first; below 1 stands for 16384
+ * @param scanner the handle
+ * @return the buffer */
 ZFX_API zjson_buffer *zjson__create_buffer(FILE *stream, int32_t size, zjson_scanner *scanner);
 
 /** Make a buffer the current one in the place of the one on top, which is kept for the caller. Null does
@@ -148,50 +158,70 @@ ZFX_API void zjson_pop_buffer_state(zjson_scanner *scanner);
  * current buffer stay. */
 ZFX_API void zjson_restart(FILE *stream, zjson_scanner *scanner);
 
-/** @} @name What a handle knows @{ */
+/**@}*/
 
-/** The user's datum. */
+/** @name What a handle knows */
+/**@{*/
+
+/** The user's datum, as zjson_lex_init_extra() and zjson_set_extra() have left it. */
 ZFX_API void *zjson_get_extra(const zjson_scanner *scanner);
+/** Set the user's datum, which the scanner only keeps. */
 ZFX_API void zjson_set_extra(void *extra, zjson_scanner *scanner);
 
 /** The input stream, from which the current buffer reads. */
 ZFX_API FILE *zjson_get_in(const zjson_scanner *scanner);
+/** Set the input stream; a current buffer reads on from it when its bytes are used up. */
 ZFX_API void zjson_set_in(FILE *stream, zjson_scanner *scanner);
 
 /** The output stream, to which nothing is written; standard output from the first zjson_lex() on. */
 ZFX_API FILE *zjson_get_out(const zjson_scanner *scanner);
+/** Set the output stream, to which nothing is written. */
 ZFX_API void zjson_set_out(FILE *stream, zjson_scanner *scanner);
 
 /** The line of the current buffer, from 1: one more for every line feed in a token of the table. 0 without a
- * buffer. Setting it without a buffer ends the process. */
+ * buffer. */
 ZFX_API int32_t zjson_get_lineno(const zjson_scanner *scanner);
+/** Set the line of the current buffer. Without a buffer it ends the process. */
 ZFX_API void zjson_set_lineno(int32_t line, zjson_scanner *scanner);
 
 /** The column of the current buffer: what was set, and 0 from the next line feed on. 0 without a buffer.
- * Setting it without a buffer ends the process. */
+ */
 ZFX_API int32_t zjson_get_column(const zjson_scanner *scanner);
+/** Set the column of the current buffer. Without a buffer it ends the process. */
 ZFX_API void zjson_set_column(int32_t column, zjson_scanner *scanner);
 
-/** The length in bytes and the text of the last token, with the white space that it took in. The text is
- * terminated and valid until the next call for the handle; "" before the first token and at the end. */
+/** The length in bytes of what zjson_get_text() gives. */
 ZFX_API int32_t zjson_get_leng(const zjson_scanner *scanner);
+/** The text of the last token, with the white space that it took in. It is terminated and valid until the
+ * next call for the handle; "" before the first token and at the end. */
 ZFX_API const char *zjson_get_text(const zjson_scanner *scanner);
 
-/** Where the last zjson_lex() has stored its token's value and place. */
+/** Where the last zjson_lex() has stored its token's value. */
 ZFX_API ZJsonSymbolValue *zjson_get_lval(const zjson_scanner *scanner);
+/** Set what zjson_get_lval() gives until the next zjson_lex(). */
 ZFX_API void zjson_set_lval(ZJsonSymbolValue *lval, zjson_scanner *scanner);
+/** Where the last zjson_lex() has stored its token's place. */
 ZFX_API ZJsonLocation *zjson_get_lloc(const zjson_scanner *scanner);
+/** Set what zjson_get_lloc() gives until the next zjson_lex(). */
 ZFX_API void zjson_set_lloc(ZJsonLocation *lloc, zjson_scanner *scanner);
 
 /** The handle's trace flag, which is only kept. */
 ZFX_API int32_t zjson_get_debug(const zjson_scanner *scanner);
+/** Set the handle's trace flag, which is only kept. */
 ZFX_API void zjson_set_debug(int32_t debug, zjson_scanner *scanner);
 
-/** @} @name The scanner's memory: malloc(), realloc() and free(); the handle is not used @{ */
+/**@}*/
+
+/** @name The scanner's memory: malloc(), realloc() and free(); the handle is not used */
+/**@{*/
+
+/** malloc(). */
 ZFX_API void *zjson_alloc(uint64_t size, zjson_scanner *scanner);
+/** realloc(). */
 ZFX_API void *zjson_realloc(void *block, uint64_t size, zjson_scanner *scanner);
+/** free(). */
 ZFX_API void zjson_free(void *block, zjson_scanner *scanner);
-/** @} */
+/**@}*/
 
 ZFX_END_DECLS
 

@@ -57,8 +57,10 @@ ZFX_API int32_t ZfxCreateSocket(int32_t domain, int32_t type);
  */
 ZFX_API int32_t ZfxCloseSocket(int32_t socket);
 
-/** Close a socket as ZfxCloseSocket() does and release a block. @param block as for ZfxMemFree(); may be null
- */
+/** Close a socket as ZfxCloseSocket() does and release a block.
+ * @param socket as for ZfxCloseSocket()
+ * @param block  as for ZfxMemFree(); may be null
+ * @return as ZfxCloseSocket() */
 ZFX_API int32_t ZfxCloseSocketEx(int32_t socket, void *block);
 
 /**
@@ -109,7 +111,12 @@ ZFX_API int32_t ZfxCreateDynamicListenSocket(int32_t *socket, int32_t *port);
  */
 ZFX_API int32_t ZfxAccept(int32_t socket, struct sockaddr *address, socklen_t *length);
 
-/** Accept a connection as ZfxAccept() does. @param value receives 0 in every case; may be null */
+/** Accept a connection as ZfxAccept() does.
+ * @param socket  as for ZfxAccept()
+ * @param value   receives 0 in every case; may be null
+ * @param address as for ZfxAccept()
+ * @param length  as for ZfxAccept()
+ * @return as ZfxAccept() */
 ZFX_API int32_t ZfxAcceptEx(int32_t socket, uint64_t *value, struct sockaddr *address, socklen_t *length);
 
 /**

@@ -8,7 +8,10 @@
 
 #include <stdint.h>
 
-/** Brackets around the declarations of a header; they give C linkage when the header is read as C++. */
+/** @def ZFX_BEGIN_DECLS
+ * Opens the declarations of a header, which get C linkage when the header is read as C++. */
+/** @def ZFX_END_DECLS
+ * Closes the declarations of a header. */
 #ifdef __cplusplus
 #define ZFX_BEGIN_DECLS extern "C" {
 #define ZFX_END_DECLS }

@@ -50,11 +50,11 @@ struct ZJsonExpression {
 
 /** A value: its type and the payload that belongs to the type. */
 struct ZJsonValue {
-  ZJsonType type;
+  ZJsonType type; /**< ZJSON_NULL to ZJSON_STRING; says which member of the union holds */
   union {
-    uint8_t boolean; /**< 0 or 1 */
-    int64_t integer;
-    double number;
+    uint8_t boolean;     /**< 0 or 1 */
+    int64_t integer;     /**< any */
+    double number;       /**< any */
     char *string;        /**< owned; the text between the quotes of JSON output, with its escape sequences */
     ZJsonArray *array;   /**< owned */
     ZJsonObject *object; /**< owned */
@@ -64,14 +64,15 @@ struct ZJsonValue {
 /** An array. Slots 0 to count - 1 hold its values in order. */
 struct ZJsonArray {
   int32_t count;      /**< items in use */
-  int32_t capacity;   /**< slots of @ref items: 10 at first, 10 more when an append would leave none unused */
+  int32_t capacity;   /**< slots of ZJsonArray::items: 10 at first, 10 more when an append would leave none
+                         unused */
   ZJsonValue **items; /**< owned vector of owned values */
 };
 
 /** An object. Slots 0 to count - 1 hold its members in order; names need not be unique. */
 struct ZJsonObject {
   int32_t count;         /**< members in use */
-  int32_t capacity;      /**< slots of @ref members; grows as that of an array */
+  int32_t capacity;      /**< slots of ZJsonObject::members; grows as that of an array */
   ZJsonMember **members; /**< owned vector of owned members */
 };
 
@@ -81,7 +82,8 @@ struct ZJsonMember {
   ZJsonValue *value; /**< owned */
 };
 
-/** @name Documents @{ */
+/** @name Documents */
+/**@{*/
 
 /** Make a document without root and message. @return the document, to be released with
  * ZJsonExpression_Delete(); null when memory runs out */
@@ -111,9 +113,12 @@ ZFX_API void ZJsonExpression_SetErrorMessage(ZJsonExpression *document, const ch
  */
 ZFX_API void ZJsonExpression_SetRoot(ZJsonExpression *document, int32_t type, void *container);
 
-/** @} @name Values
+/**@}*/
+
+/** @name Values
  * Each constructor returns a new value, to be stored or released with ZJsonValue_Delete(), or null when
- * memory runs out; what was passed in is then still the caller's. @{ */
+ * memory runs out; what was passed in is then still the caller's. */
+/**@{*/
 
 /** Make a null value. */
 ZFX_API ZJsonValue *ZJsonValue_New(void);
@@ -152,7 +157,10 @@ ZFX_API ZJsonValue *ZJsonValue_Clone(const ZJsonValue *value);
 /** Release a value and everything below it. @param value null is ignored */
 ZFX_API void ZJsonValue_Delete(ZJsonValue *value);
 
-/** @} @name Arrays @{ */
+/**@}*/
+
+/** @name Arrays */
+/**@{*/
 
 /** Make an empty array of capacity 10. @return the array, or null when memory runs out */
 ZFX_API ZJsonArray *ZJsonArray_New(void);
@@ -172,7 +180,10 @@ ZFX_API ZJsonArray *ZJsonArray_Clone(const ZJsonArray *array);
 /** Release an array and everything below it. @param array null is ignored */
 ZFX_API void ZJsonArray_Delete(ZJsonArray *array);
 
-/** @} @name Objects and members @{ */
+/**@}*/
+
+/** @name Objects and members */
+/**@{*/
 
 /** Make an empty object of capacity 10. @return the object, or null when memory runs out */
 ZFX_API ZJsonObject *ZJsonObject_New(void);
@@ -238,7 +249,7 @@ ZFX_API ZJsonMember *ZJsonMember_Clone(const ZJsonMember *member);
 /** Release a member, its name and its value. @param member null is ignored */
 ZFX_API void ZJsonMember_Delete(ZJsonMember *member);
 
-/** @} */
+/**@}*/
 
 ZFX_END_DECLS
 

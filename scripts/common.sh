@@ -16,6 +16,7 @@ gate_packages=(clang clang-format libclang-rt-14-dev)
 lint_packages=(clang-tidy cppcheck)
 abi_packages=(abigail-tools dpkg-dev)
 packaging_packages=(binutils dpkg-dev fakeroot file lintian pkg-config python3)
+reference_packages=(doxygen)
 
 need() {
   local package missing=() as_root=()
