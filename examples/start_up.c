@@ -5,9 +5,12 @@
 #define HERE ZfxGetSourceLocation(__func__, __FILE__, __LINE__)
 
 int main(int argc, char **argv) {
-  char path[4096];
+  char folder[1024], path[4096];
   const char *site = QuorConfQuery("SITE_NAME", QUOR_LEVEL_ALL); /* the first question loads the settings */
-  getLogFileName(path, argc > 1 ? argv[1] : NULL, "start_up", NULL, 0, 0); /* NULL: where QUOR_LOG says */
+  const char *log = QuorConfQuery("QUOR_LOG", QUOR_LEVEL_ALL);
+  snprintf(folder, sizeof folder, "%s", argc > 1 ? argv[1] : log ? log : "/tmp");
+  getLogFileName(path, folder, "start_up", NULL, 0, 0); /* takes a '/' at the end off our copy */
+
   Logger *logger = Logger_New(LOGGER_LEVEL_INFO, path, 0);
   if (Logger_GetLogFileno(logger) < 0) {
     fprintf(stderr, "cannot write to %s\n", path);
