@@ -18,13 +18,13 @@ using zorvcrt::Section;
 
 constexpr int32_t kTokenArea = 2048;
 
-// A token that follows empty fields comes joined with them; what stands in front of its text is no part of
-// it.
-const char *without_empty_fields(const char *token, char separator) {
-  while (*token != '\0' && (*token == separator || zorvcrt::is_space(*token))) {
-    ++token;
+// What stands in front of the next field that is not empty. The tokenizer would hand it out joined with the
+// field, and a long stretch of it in its place.
+const char *without_empty_fields(const char *text, char separator) {
+  while (*text != '\0' && (*text == separator || zorvcrt::is_space(*text))) {
+    ++text;
   }
-  return token;
+  return text;
 }
 
 }  // namespace
@@ -64,13 +64,12 @@ int32_t Config_TokenizeValue(const ConfigEntry *entry, char separator, ConfigTok
   if (!value) return -1;
   std::array<char, kTokenArea> area;
   // Each call begins at what is left, so that a long value is not walked again for every token of it.
-  const char *rest = value.get();
-  int32_t taken = 0;
-  while (ZfxNextToken(rest, separator, area.data(), kTokenArea, &taken) != 0) {
-    const char *token = without_empty_fields(area.data(), separator);
-    if (*token != '\0') callback(user_data, token);
-    rest += taken;
-    taken = 0;
+  const char *rest = without_empty_fields(value.get(), separator);
+  while (*rest != '\0') {
+    int32_t taken = 0;
+    ZfxNextToken(rest, separator, area.data(), kTokenArea, &taken);
+    callback(user_data, area.data());
+    rest = without_empty_fields(rest + taken, separator);
   }
   return 0;
 }

@@ -349,6 +349,13 @@ TEST_F(ConfTest, CutsATokenTo2047Bytes) {
   }
 }
 
+TEST_F(ConfTest, FindsATokenBehindAnyNumberOfEmptyParts) {
+  const Configuration config = open("");
+  for (const std::string &empty : {std::string(3000, ','), std::string(3000, ' ')}) {
+    EXPECT_EQ(tokens_of(config, empty + "a,b"), (std::vector<std::string>{"a", "b"}));
+  }
+}
+
 TEST_F(ConfTest, RefusesToTokenizeWithoutAnEntryOrACallback) {
   const Configuration config = open("a=1,2\n");
   EXPECT_EQ(Config_TokenizeValue(nullptr, ',', collect, nullptr), -1);
