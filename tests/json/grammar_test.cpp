@@ -13,7 +13,7 @@
 
 #include "failing_allocator.hpp"
 #include "files.hpp"
-#include "plain_scanner.hpp"
+#include "plain_parser.hpp"
 #include "zfxmemory.h"
 #include "zjson_util.h"
 #include "zjsondriver.h"
@@ -167,133 +167,6 @@ TEST(zjson_parse, NamesThePlaceTheTokenAndWhatWasExpected) {
   }
 }
 
-// Grammar and messages restated as recursive descent over the plain scanner. Gives the printed document or
-// the message; "jam" where the scanner would end the process.
-struct PlainParser {
-  explicit PlainParser(const std::string &text) : scanner{text} {}
-
-  struct Stop {
-    std::string text;
-  };
-
-  plain::PlainScanner scanner;
-  plain::Seen token;
-  std::string output;
-
-  static std::string name_of(int code) {
-    static const char *const names[] = {"INTEGER", "NUMBER", "STRING",  "TRUE_SYM", "FALSE_SYM", "NULL_SYM",
-                                        "O_BEGIN", "O_END",  "A_BEGIN", "A_END",    "COMMA",     "COLON"};
-    return code == 0 ? "$end" : code < 256 ? "$undefined" : names[code - 258];
-  }
-  void read() {
-    token = scanner.next();
-    if (token.code == plain::kJam) throw Stop{"jam"};
-  }
-  [[noreturn]] void fail(const std::string &expected) const {
-    throw Stop{"line #" + std::to_string(token.line) + "." + std::to_string(token.column) +
-               ": syntax error, unexpected " + name_of(token.code) + expected};
-  }
-  static std::string stripped(const std::string &text, const std::string &quotes) {
-    if (text.size() > 1 && text.front() == text.back() && quotes.find(text.front()) != std::string::npos)
-      return text.substr(1, text.size() - 2);
-    return text;
-  }
-  std::string string_text() const { return token.value.substr(1).c_str(); }
-  static std::string escaped(const std::string &text) {
-    bool needed = false;
-    for (std::size_t i = 0; i < text.size(); ++i)
-      needed = needed || std::strchr("\b\t\n\r", text[i]) != nullptr ||
-               (text[i] == '"' && (i == 0 || text[i - 1] != '\\'));
-    if (!needed) return text;
-    std::string result;
-    for (const char c : text) {
-      const std::size_t which = std::string("\b\t\n\r\"").find(c);
-      result += which == std::string::npos ? std::string(1, c) : std::string("\\") + "btnr\""[which];
-    }
-    return result;
-  }
-  void value() {
-    switch (token.code) {
-      case 258:
-        output += token.value.substr(1);
-        break;
-      case 259: {
-        char text[64];
-        realconv_ftoa(text, sizeof text, realconv_atof(token.text.c_str(), 0));
-        output += text;
-        break;
-      }
-      case 260:
-        output += "\"" + escaped(stripped(string_text(), "\"")) + "\"";
-        break;
-      case 261:
-        output += "true";
-        break;
-      case 262:
-        output += "false";
-        break;
-      case 263:
-        output += "null";
-        break;
-      case 264:
-        return object();
-      case 266:
-        return array();
-      default:
-        fail("");
-    }
-  }
-  void array() {
-    output += "[";
-    read();
-    if (token.code != 267) {
-      value();
-      for (read(); token.code == 268; read()) {
-        output += ",";
-        read();
-        value();
-      }
-      if (token.code != 267) fail(", expecting A_END or COMMA");
-    }
-    output += "]";
-  }
-  void pair() {
-    output += "\"" + stripped(string_text(), "\"'") + "\":";
-    read();
-    if (token.code != 269) fail(", expecting COLON");
-    read();
-    value();
-  }
-  void object() {
-    output += "{";
-    read();
-    if (token.code != 265) {
-      if (token.code != 260) fail(", expecting STRING or O_END");
-      pair();
-      for (read(); token.code == 268; read()) {
-        output += ",";
-        read();
-        if (token.code != 260) fail(", expecting STRING");
-        pair();
-      }
-      if (token.code != 265) fail(", expecting O_END or COMMA");
-    }
-    output += "}";
-  }
-  std::string run() {
-    try {
-      read();
-      if (token.code != 264 && token.code != 266) fail(", expecting O_BEGIN or A_BEGIN");
-      value();
-      read();
-      if (token.code != 0) fail(", expecting $end");
-      return output;
-    } catch (const Stop &stop) {
-      return stop.text;
-    }
-  }
-};
-
 // A text that is often a document or nearly one.
 std::string random_json(std::mt19937 &random, int depth) {
   static const char *const spaces[] = {"", "", "", " ", "\n", "\t  ", "\r\n    "};
@@ -332,7 +205,7 @@ TEST(zjson_parse, AgreesWithThePlainGrammarOnRandomTexts) {
     if (round % 4 == 2 && !text.empty())
       text.insert(random() % text.size(), 1, "[]{},:1\"' x"[random() % 11]);
     text = trimmed(text);
-    const std::string expected = PlainParser(text).run();
+    const std::string expected = plain::PlainParser(text).run();
     if (expected == "jam") continue;
     ASSERT_EQ(outcome_of(text), expected) << testing::PrintToString(text);
     documents += expected[0] == 'l' ? 0 : 1;
@@ -344,7 +217,7 @@ TEST(zjson_parse, ReadsTheSameFromAStreamAsFromMemory) {
   std::mt19937 random(22);
   for (int round = 0; round < 2000; ++round) {
     const std::string text = trimmed(random_json(random, 5));
-    if (text.empty() || PlainParser(text).run() == "jam") continue;
+    if (text.empty() || plain::PlainParser(text).run() == "jam") continue;
     FILE *stream = std::tmpfile();
     std::fwrite(text.data(), 1, text.size(), stream);
     std::rewind(stream);
@@ -582,7 +455,7 @@ TEST(zjson_debug, ChangesNothingButTheTrace) {
   std::mt19937 random(23);
   for (int round = 0; round < 300; ++round) {
     const std::string text = trimmed(random_json(random, 4));
-    if (PlainParser(text).run() == "jam") continue;
+    if (plain::PlainParser(text).run() == "jam") continue;
     const std::string silent = outcome_of(text);
     support::CapturedDescriptor capture(2);
     zjson_debug = 1;

@@ -1,9 +1,8 @@
 // A plain restatement of the token rules, against which the scanner and the parser are compared.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstring>
+#include <ostream>
 #include <random>
 #include <string>
 #include <vector>
