@@ -10,3 +10,7 @@ if(ZORVCRT_SANITIZE)
   add_compile_options(${flags})
   add_link_options(${flags})
 endif()
+# The fuzzer learns from the code that an input reaches; only its own programs link it.
+if(ZORVCRT_BUILD_FUZZERS)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

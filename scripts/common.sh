@@ -12,6 +12,7 @@ fail() {
 # Each caller names the packages it needs, one list per purpose; what is there already is not touched.
 build_packages=(ca-certificates cmake g++ gcc libc6-dev ninja-build)
 test_packages=(binutils libc-bin libgtest-dev locales mount pkg-config python3 util-linux)
+fuzz_packages=(clang libclang-rt-14-dev)
 gate_packages=(clang clang-format libclang-rt-14-dev)
 lint_packages=(clang-tidy cppcheck)
 abi_packages=(abigail-tools dpkg-dev)
