@@ -18,6 +18,7 @@ lint_packages=(clang-tidy cppcheck)
 abi_packages=(abigail-tools dpkg-dev)
 packaging_packages=(binutils dpkg-dev fakeroot file lintian pkg-config python3)
 reference_packages=(doxygen)
+bench_packages=(libbenchmark-dev pkg-config python3)
 
 need() {
   local package missing=() as_root=()
