@@ -72,7 +72,7 @@ def script_for(guide):
     """A shell script of all sessions and files of a guide, and the commands with what they show."""
     script, shown = f"cd {shlex.quote(str(SOURCE))}\n", []
     if guide.name != "getting-started.md":
-        script = f"mkdir ~/work && cd ~/work && cp {shlex.quote(str(SOURCE / 'examples'))}/*.c .\n"
+        script = f"mkdir ~/work && cd ~/work && cp {shlex.quote(str(SOURCE / 'examples'))}/{{*.c,python/*.py}} .\n"
     for above, language, text in blocks(guide):
         file = re.fullmatch(r"<!-- file (\S+) -->", above)
         if file:
