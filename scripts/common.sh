@@ -36,10 +36,11 @@ need() {
     fail "could not install ${missing[*]}"
 }
 
-# configure PRESET [CMAKE_OPTION...]
-configure() {
+# build PRESET [CMAKE_OPTION...]: configures when there is something to configure, and builds what changed.
+build() {
   local preset=$1 log
   shift
+  step "Building ($preset)"
   log=$(mktemp)
   cmake --preset "$preset" "$@" >"$log" 2>&1 || {
     cat "$log"
@@ -47,13 +48,7 @@ configure() {
     fail "configuring the $preset build failed"
   }
   rm -f "$log"
-}
-
-# build PRESET [CMAKE_OPTION...]: configures when there is something to configure, and builds what changed.
-build() {
-  step "Building ($1)"
-  configure "$@"
-  cmake --build --preset "$1" -- --quiet || fail "the $1 build failed"
+  cmake --build --preset "$preset" -- --quiet || fail "the $preset build failed"
 }
 
 # run_tests LABEL COMMAND...: runs a ctest command, shows what failed or was skipped, and adds up the counts.
