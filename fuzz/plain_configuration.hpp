@@ -4,6 +4,7 @@
 #include <strings.h>
 
 #include <cctype>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -119,17 +120,24 @@ inline std::vector<std::string> lines(const Config &config) {
   return all;
 }
 
-/// Compares the lists, and that every key is found where the first of its name stands.
-inline void compare(const Config &config, Configuration &model) {
+inline std::string lowered(std::string text) {
+  for (char &c : text) {
+    c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  }
+  return text;
+}
+
+/// Compares the lists, and that every name is found where the first of its kind stands.
+inline void compare(const Config &config, const Configuration &model) {
   fuzz::check_equal(lines(config), lines(model), "sections and entries");
-  for (const ConfigSection *each = config.sections; each != nullptr; each = each->next) {
-    ConfigSection *section = Config_GetSection(&config, each->name);
-    Section *expected = model.find(each->name);
-    fuzz::check_equal(std::string(section->name), expected->name, "section found by name");
-    if (section != each) continue;  // the first of its name has been looked at
-    for (const ConfigEntry *entry = section->entries; entry != nullptr; entry = entry->next) {
-      fuzz::check_equal(std::string(Config_GetEntry(section, entry->key)->value), *expected->find(entry->key),
-                        "value found by key");
+  std::map<std::string, ConfigSection *> sections;
+  for (ConfigSection *section = config.sections; section != nullptr; section = section->next) {
+    ConfigSection *first = sections.emplace(lowered(section->name), section).first->second;
+    fuzz::check(Config_GetSection(&config, section->name) == first, "the first section of a name is found");
+    std::map<std::string, ConfigEntry *> entries;
+    for (ConfigEntry *entry = section->entries; entry != nullptr; entry = entry->next) {
+      ConfigEntry *first_entry = entries.emplace(lowered(entry->key), entry).first->second;
+      fuzz::check(Config_GetEntry(section, entry->key) == first_entry, "the first entry of a key is found");
     }
   }
 }
