@@ -1,0 +1,39 @@
+// Failures of the C library's system calls on demand. A test program that includes this header has functions
+// of its own in front of open(), read(), fork() and their kin (see tests/CMakeLists.txt); they pass every
+// call on until a failure is ordered.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace support {
+
+/// What a failing call leaves behind: an errno value, or this.
+inline constexpr int kShort = -1;  // the call works, but moves one byte only
+
+/// From construction to destruction, or to stop(), the watched call number @p first (from 1) fails in the way
+/// number @p way (from 0) that the function has; with @p persistent every later one fails in its first way
+/// too. Calls of this thread only, and not those of a child.
+class FailingCalls {
+ public:
+  FailingCalls(std::size_t first, std::size_t way, bool persistent);
+  ~FailingCalls() { stop(); }
+  FailingCalls(const FailingCalls &) = delete;
+  FailingCalls &operator=(const FailingCalls &) = delete;
+
+  /// Back to normal. Tells whether a call has failed; the following tell which was the first and how.
+  bool stop();
+  [[nodiscard]] std::string_view function() const { return function_; }
+  [[nodiscard]] int error() const { return error_; }
+  [[nodiscard]] std::size_t ways() const { return ways_; }
+
+ private:
+  std::string_view function_;
+  int error_ = 0;
+  std::size_t ways_ = 0;
+};
+
+/// Whether calls of the function are watched.
+bool is_watched(std::string_view function);
+
+}  // namespace support
