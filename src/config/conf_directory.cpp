@@ -2,6 +2,7 @@
 #include <strings.h>
 
 #include <climits>
+#include <cstdio>
 #include <cstring>
 
 #include "conf.h"
@@ -68,7 +69,8 @@ void merge_file(Configuration &configuration, const char *path) {
   const zorvcrt::UniqueFile opened = zorvcrt::open_regular_file(path);
   Configuration *file = zorvcrt::read_configuration(path, opened.get());
   if (file == nullptr) return;
-  __merge_sections(configuration, *file);
+  // A part of a file is not merged: what a later merge would have to add it could not add any more.
+  if (std::ferror(opened.get()) == 0) __merge_sections(configuration, *file);
   zorvcrt::delete_configuration(file);
 }
 
