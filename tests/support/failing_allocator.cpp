@@ -133,7 +133,13 @@ void *realloc(void *block, std::size_t size) {
 void free(void *block) {
   using support::next_free;
   if (block == nullptr || support::is_bootstrap_block(block)) return;
-  if (next_free == nullptr) next_free = support::next_function<void (*)(void *)>("free");
+  static bool looking = false;
+  if (next_free == nullptr) {
+    if (looking) return;  // dlsym() gives back the text of an earlier error, which may stay
+    looking = true;
+    next_free = support::next_function<void (*)(void *)>("free");
+    looking = false;
+  }
   support::blocks.fetch_sub(1, std::memory_order_relaxed);
   next_free(block);
 }

@@ -54,7 +54,7 @@ constexpr Watched kWatched[] = {
     {"fgets_unlocked", {EIO, EINTR}},
     {"fopen", {EMFILE, EACCES, EINTR, ENFILE, EIO}},
     {"fork", {EAGAIN, ENOMEM}},
-    {"fread", {EIO, EISDIR}},
+    {"fread", {EIO, EISDIR, EINTR}},
     {"fstat", {EIO, EOVERFLOW}},
     {"getcwd", {ENOENT, ERANGE, EACCES}},
     {"getgrgid_r", {EIO, EMFILE}},

@@ -1,0 +1,266 @@
+// Logging, JSON and dates when the system refuses.
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+#include <string>
+#include <thread>
+
+#include "call_walk.hpp"
+#include "datedelta.h"
+#include "files.hpp"
+#include "logfilename.h"
+#include "logger.h"
+#include "process_end.hpp"
+#include "sourceloc.h"
+#include "zjson_expression.h"
+#include "zjsondriver.h"
+
+namespace {
+
+using faults::CallFault;
+using faults::SystemCall;
+
+// A logger whose file cannot be opened is there and writes nothing.
+void make_logger(CallFault &fault) {
+  const support::TemporaryFolder folder;
+  const std::string path = folder / "log";
+  Logger *logger = fault.during([&] { return Logger_New(LOGGER_LEVEL_DEBUG, path.c_str(), 0); });
+  ASSERT_NE(logger, nullptr);
+  EXPECT_EQ(Logger_GetLogFileno(logger) < 0, fault.struck());
+  Logger_LogInfo(logger, "", "message");
+  EXPECT_EQ(std::filesystem::exists(path), !fault.struck());
+  Logger_Delete(logger);
+}
+
+void delete_logger(CallFault &fault) {
+  const support::TemporaryFolder folder;
+  Logger *logger = Logger_New(LOGGER_LEVEL_DEBUG, (folder / "log").c_str(), 0);
+  fault.during([&] { Logger_Delete(logger); });
+}
+
+void give_logger_callback(CallFault &fault) {
+  const support::TemporaryFolder folder;
+  Logger *logger = Logger_New(LOGGER_LEVEL_DEBUG, (folder / "log").c_str(), 0);
+  fault.during([&] {
+    Logger_SetCallback(
+        logger, [](void *, const char *) {}, nullptr);
+  });
+  EXPECT_EQ(Logger_GetLogFileno(logger), -1);
+  Logger_Delete(logger);
+}
+
+// A line that is interrupted or taken in parts is completed, one that the system refuses is lost; errno
+// stays, and the next line is whole.
+template <auto kLog>
+void log_line(CallFault &fault) {
+  const support::EnvironmentVariable zone("TZ", "UTC0");
+  const support::TemporaryFolder folder;
+  const std::string path = folder / "log";
+  Logger *logger = Logger_New(LOGGER_LEVEL_DEBUG, path.c_str(), 0);
+  errno = EDOM;
+  fault.during([&] { kLog(logger); });
+  EXPECT_EQ(errno, EDOM);
+  const std::string text = support::read_file(path);
+  const bool is_refused = fault.struck("write") && fault.error() != EINTR && fault.error() != support::kShort;
+  const bool may_be_lost = is_refused || fault.is_persistent();
+  EXPECT_TRUE(text.ends_with("message\n") || (may_be_lost && text.empty())) << text;
+  kLog(logger);
+  EXPECT_TRUE(support::read_file(path).ends_with("message\n"));
+  Logger_Delete(logger);
+}
+
+void debug(const Logger *logger) {
+  Logger_LogDebug(logger, "here", "message");
+}
+
+void info(const Logger *logger) {
+  Logger_LogInfo(logger, "here", "message");
+}
+
+void warning(const Logger *logger) {
+  Logger_LogWarning(logger, "here", 1, "message");
+}
+
+void error(const Logger *logger) {
+  Logger_LogError(logger, "here", 1, "message");
+}
+
+void fatal(const Logger *logger) {
+  Logger_LogFatalError(logger, "here", 1, "message");
+}
+
+void system_error(CallFault &fault) {
+  const support::EnvironmentVariable zone("TZ", "UTC0");
+  const support::TemporaryFolder folder;
+  const std::string path = folder / "log";
+  Logger *logger = Logger_New(LOGGER_LEVEL_DEBUG, path.c_str(), 0);
+  fault.during([&] { Logger_LogSystemError(logger, "", ENOENT, 1); });
+  Logger_LogSystemError(logger, "", ENOENT, 1);
+  EXPECT_TRUE(support::read_file(path).ends_with("#2 No such file or directory\n"));
+  Logger_Delete(logger);
+}
+
+// Standard output stays what it was when it cannot be redirected.
+void redirect_by(CallFault &fault, int descriptor, void (*redirect)(const Logger *)) {
+  const support::TemporaryFolder folder;
+  const std::string path = folder / "log";
+  Logger *logger = Logger_New(LOGGER_LEVEL_DEBUG, path.c_str(), 0);
+  std::string elsewhere;
+  {
+    support::CapturedDescriptor captured(descriptor);
+    fault.during([&] { redirect(logger); });
+    EXPECT_EQ(::write(descriptor, "text", 4), 4);
+    elsewhere = captured.text();
+  }
+  EXPECT_EQ(elsewhere, fault.struck() ? "text" : "");
+  EXPECT_EQ(support::read_file(path), fault.struck() ? "" : "text");
+  Logger_Delete(logger);
+}
+
+void redirect_output(CallFault &fault) {
+  redirect_by(fault, STDOUT_FILENO, Logger_RedirectStdout);
+}
+
+void redirect_errors(CallFault &fault) {
+  redirect_by(fault, STDERR_FILENO, Logger_RedirectStderr);
+}
+
+// Shortening the caller's text is tried in two ways; the path does not depend on it, nor does errno.
+void compose_path(CallFault &fault) {
+  const support::EnvironmentVariable zone("TZ", "UTC0");
+  char folder[] = "/var/log/";
+  char path[4096] = "";
+  errno = EDOM;
+  EXPECT_EQ(fault.during([&] { return CrtGetLogFileName(path, folder, "x", "log", 0, 0, 0); }), path);
+  EXPECT_STREQ(path, "/var/log/x.log");
+  if (fault.struck("process_vm_writev") && !fault.is_persistent() && fault.error() != EFAULT) {
+    EXPECT_STREQ(folder, "/var/log") << "the other way does it";
+  }
+  EXPECT_EQ(errno, EDOM);
+}
+
+void compose_path_with_time(CallFault &fault) {
+  const support::EnvironmentVariable zone("TZ", "UTC0");
+  char path[4096] = "";
+  EXPECT_EQ(fault.during([&] { return CrtGetLogFileName(path, "/var", "x", "log", 0, 0, 1); }), path);
+  EXPECT_EQ(std::string(path).size(), std::string("/var/x_20261121204500000.log").size()) << path;
+}
+
+void move_by_month(CallFault &fault) {
+  const support::EnvironmentVariable zone("TZ", "UTC0");
+  constexpr int32_t kMonth = 3;
+  time_t later = 7;
+  uint32_t packed = 7;
+  const int32_t result = fault.during([&] { return ZfxDateDelta(0, 1, kMonth, 1, 6, &later, &packed); });
+  if (!fault.struck()) {
+    EXPECT_EQ(later, 31 * 86400);
+    EXPECT_EQ(packed, (1970U * 16 + 2) * 32 + 1);
+  } else if (result == -1) {
+    EXPECT_EQ(later, 7) << "nothing is stored";
+    EXPECT_EQ(packed, 7U);
+  } else {
+    EXPECT_TRUE((fault.struck("mktime") && later == -1) || packed == 0) << later << " " << packed;
+  }
+}
+
+// The first call of a thread keeps its text under a key.
+void tell_location(CallFault &fault) {
+  std::thread([&] {
+    const std::string text = fault.during([] { return ZfxGetSourceLocation("f", "a/x.c", 1); });
+    EXPECT_EQ(text, fault.struck() ? "" : "f@x.c:1");
+    EXPECT_STREQ(ZfxGetSourceLocation("f", "a/x.c", 1), "f@x.c:1");
+  }).join();
+}
+
+constexpr SystemCall kCalls[] = {
+    {"CrtGetLogFileName", "Shortened", compose_path},
+    {"CrtGetLogFileName", "WithTheTime", compose_path_with_time},
+    {"Logger_Delete", "WithAFile", delete_logger},
+    {"Logger_LogDebug", "ToAFile", log_line<debug>},
+    {"Logger_LogError", "ToAFile", log_line<error>},
+    {"Logger_LogFatalError", "ToAFile", log_line<fatal>},
+    {"Logger_LogInfo", "ToAFile", log_line<info>},
+    {"Logger_LogSystemError", "ToAFile", system_error},
+    {"Logger_LogWarning", "ToAFile", log_line<warning>},
+    {"Logger_New", "WithAFile", make_logger},
+    {"Logger_RedirectStderr", "ToAFile", redirect_errors},
+    {"Logger_RedirectStdout", "ToAFile", redirect_output},
+    {"Logger_SetCallback", "InsteadOfAFile", give_logger_callback},
+    {"ZfxDateDelta", "ByAMonth", move_by_month},
+    {"ZfxGetSourceLocation", "FirstOfAThread", tell_location},
+};
+
+// First in the file, and under ctest in a process of its own: the key is made once.
+TEST(LocationRefused, IsEmptyWithoutAKeyAndThereWithTheNextCall) {
+  support::FailingCalls no_key(1, 0, true);
+  const std::string text = ZfxGetSourceLocation("f", "x.c", 1);
+  if (no_key.stop()) {
+    EXPECT_EQ(no_key.function(), "pthread_key_create");
+    EXPECT_EQ(text, "");
+  }
+  EXPECT_STREQ(ZfxGetSourceLocation("f", "x.c", 1), "f@x.c:1");
+}
+
+struct UpperRefused : ::testing::TestWithParam<SystemCall> {};
+
+TEST_P(UpperRefused, KeepsItsContractWhicheverSystemCallFails) {
+  faults::walk(GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(Call, UpperRefused, ::testing::ValuesIn(kCalls), faults::CallName());
+
+// A file to be parsed, whose calls are fopen(), fread() up to the end, and fclose().
+class JsonRefused : public ::testing::Test {
+ protected:
+  void SetUp() override { support::write_file(path, R"({"a":["b",1]})"); }
+
+  // Parses under the failure; the result, or how the process has come to its end.
+  faults::ProcessEnd parse(std::size_t first, std::size_t way, int32_t expected) {
+    return faults::end_of(
+        [&] {
+          const int descriptors = support::open_descriptors();
+          ZJsonExpression *document = nullptr;
+          support::FailingCalls failing(first, way, false);
+          const int32_t result = ZJsonExpression_ParseFile(&document, path.c_str());
+          failing.stop();
+          EXPECT_EQ(result, expected);
+          EXPECT_EQ(document != nullptr, expected == 0);
+          EXPECT_TRUE(document == nullptr || document->root != nullptr);
+          ZJsonExpression_Delete(document);
+          EXPECT_EQ(support::open_descriptors(), descriptors);
+        },
+        [] { return true; });
+  }
+
+  support::TemporaryFolder folder;
+  std::string path = folder / "document.json";
+};
+
+TEST_F(JsonRefused, TellsWhyTheFileCannotBeOpened) {
+  std::size_t way = 0;
+  for (const int number : {EMFILE, EACCES, EINTR, ENFILE, EIO}) {
+    EXPECT_TRUE(parse(1, way++, number).returned) << number;
+  }
+}
+
+TEST_F(JsonRefused, EndsTheProcessWhenTheFileCannotBeRead) {
+  for (const std::size_t call : {2U, 3U}) {
+    const faults::ProcessEnd end = parse(call, 0, 0);
+    EXPECT_EQ(end.status, 2);
+    EXPECT_EQ(end.errors, "input in flex scanner failed\n");
+  }
+}
+
+TEST_F(JsonRefused, TakesAnInterruptedReadUpAgain) {
+  for (const std::size_t call : {2U, 3U}) {
+    EXPECT_TRUE(parse(call, 2, 0).returned);
+  }
+}
+
+TEST_F(JsonRefused, HasReadTheFileEvenIfItCannotBeClosedWell) {
+  EXPECT_TRUE(parse(4, 0, 0).returned);
+}
+
+}  // namespace
