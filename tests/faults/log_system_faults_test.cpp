@@ -1,21 +1,15 @@
-// Logging, JSON and dates when the system refuses.
+// Logging when the system refuses: lines are completed or lost, and nothing else suffers.
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <ctime>
 #include <string>
 #include <thread>
 
 #include "call_walk.hpp"
-#include "datedelta.h"
 #include "files.hpp"
 #include "logfilename.h"
 #include "logger.h"
-#include "process_end.hpp"
 #include "sourceloc.h"
-#include "zjson_expression.h"
-#include "zjsondriver.h"
 
 namespace {
 
@@ -148,23 +142,6 @@ void compose_path_with_time(CallFault &fault) {
   EXPECT_EQ(std::string(path).size(), std::string("/var/x_20261121204500000.log").size()) << path;
 }
 
-void move_by_month(CallFault &fault) {
-  const support::EnvironmentVariable zone("TZ", "UTC0");
-  constexpr int32_t kMonth = 3;
-  time_t later = 7;
-  uint32_t packed = 7;
-  const int32_t result = fault.during([&] { return ZfxDateDelta(0, 1, kMonth, 1, 6, &later, &packed); });
-  if (!fault.struck()) {
-    EXPECT_EQ(later, 31 * 86400);
-    EXPECT_EQ(packed, (1970U * 16 + 2) * 32 + 1);
-  } else if (result == -1) {
-    EXPECT_EQ(later, 7) << "nothing is stored";
-    EXPECT_EQ(packed, 7U);
-  } else {
-    EXPECT_TRUE((fault.struck("mktime") && later == -1) || packed == 0) << later << " " << packed;
-  }
-}
-
 // The first call of a thread keeps its text under a key.
 void tell_location(CallFault &fault) {
   std::thread([&] {
@@ -188,7 +165,6 @@ constexpr SystemCall kCalls[] = {
     {"Logger_RedirectStderr", "ToAFile", redirect_errors},
     {"Logger_RedirectStdout", "ToAFile", redirect_output},
     {"Logger_SetCallback", "InsteadOfAFile", give_logger_callback},
-    {"ZfxDateDelta", "ByAMonth", move_by_month},
     {"ZfxGetSourceLocation", "FirstOfAThread", tell_location},
 };
 
@@ -203,64 +179,12 @@ TEST(LocationRefused, IsEmptyWithoutAKeyAndThereWithTheNextCall) {
   EXPECT_STREQ(ZfxGetSourceLocation("f", "x.c", 1), "f@x.c:1");
 }
 
-struct UpperRefused : ::testing::TestWithParam<SystemCall> {};
+struct LogRefused : ::testing::TestWithParam<SystemCall> {};
 
-TEST_P(UpperRefused, KeepsItsContractWhicheverSystemCallFails) {
+TEST_P(LogRefused, KeepsItsContractWhicheverSystemCallFails) {
   faults::walk(GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(Call, UpperRefused, ::testing::ValuesIn(kCalls), faults::CallName());
-
-// A file to be parsed, whose calls are fopen(), fread() up to the end, and fclose().
-class JsonRefused : public ::testing::Test {
- protected:
-  void SetUp() override { support::write_file(path, R"({"a":["b",1]})"); }
-
-  // Parses under the failure; the result, or how the process has come to its end.
-  faults::ProcessEnd parse(std::size_t first, std::size_t way, int32_t expected) {
-    return faults::end_of(
-        [&] {
-          const int descriptors = support::open_descriptors();
-          ZJsonExpression *document = nullptr;
-          support::FailingCalls failing(first, way, false);
-          const int32_t result = ZJsonExpression_ParseFile(&document, path.c_str());
-          failing.stop();
-          EXPECT_EQ(result, expected);
-          EXPECT_EQ(document != nullptr, expected == 0);
-          EXPECT_TRUE(document == nullptr || document->root != nullptr);
-          ZJsonExpression_Delete(document);
-          EXPECT_EQ(support::open_descriptors(), descriptors);
-        },
-        [] { return true; });
-  }
-
-  support::TemporaryFolder folder;
-  std::string path = folder / "document.json";
-};
-
-TEST_F(JsonRefused, TellsWhyTheFileCannotBeOpened) {
-  std::size_t way = 0;
-  for (const int number : {EMFILE, EACCES, EINTR, ENFILE, EIO}) {
-    EXPECT_TRUE(parse(1, way++, number).returned) << number;
-  }
-}
-
-TEST_F(JsonRefused, EndsTheProcessWhenTheFileCannotBeRead) {
-  for (const std::size_t call : {2U, 3U}) {
-    const faults::ProcessEnd end = parse(call, 0, 0);
-    EXPECT_EQ(end.status, 2);
-    EXPECT_EQ(end.errors, "input in flex scanner failed\n");
-  }
-}
-
-TEST_F(JsonRefused, TakesAnInterruptedReadUpAgain) {
-  for (const std::size_t call : {2U, 3U}) {
-    EXPECT_TRUE(parse(call, 2, 0).returned);
-  }
-}
-
-TEST_F(JsonRefused, HasReadTheFileEvenIfItCannotBeClosedWell) {
-  EXPECT_TRUE(parse(4, 0, 0).returned);
-}
+INSTANTIATE_TEST_SUITE_P(Call, LogRefused, ::testing::ValuesIn(kCalls), faults::CallName());
 
 }  // namespace

@@ -1,0 +1,67 @@
+// JSON files when the system refuses: the reason is told, or the process ends as the scanner's header says.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <string>
+
+#include "failing_calls.hpp"
+#include "files.hpp"
+#include "process_end.hpp"
+#include "zjson_expression.h"
+#include "zjsondriver.h"
+
+namespace {
+
+// A file to be parsed, whose calls are fopen(), fread() up to the end, and fclose().
+class JsonRefused : public ::testing::Test {
+ protected:
+  void SetUp() override { support::write_file(path, R"({"a":["b",1]})"); }
+
+  // Parses under the failure; the result, or how the process has come to its end.
+  faults::ProcessEnd parse(std::size_t first, std::size_t way, int32_t expected) {
+    return faults::end_of(
+        [&] {
+          const int descriptors = support::open_descriptors();
+          ZJsonExpression *document = nullptr;
+          support::FailingCalls failing(first, way, false);
+          const int32_t result = ZJsonExpression_ParseFile(&document, path.c_str());
+          failing.stop();
+          EXPECT_EQ(result, expected);
+          EXPECT_EQ(document != nullptr, expected == 0);
+          EXPECT_TRUE(document == nullptr || document->root != nullptr);
+          ZJsonExpression_Delete(document);
+          EXPECT_EQ(support::open_descriptors(), descriptors);
+        },
+        [] { return true; });
+  }
+
+  support::TemporaryFolder folder;
+  std::string path = folder / "document.json";
+};
+
+TEST_F(JsonRefused, TellsWhyTheFileCannotBeOpened) {
+  std::size_t way = 0;
+  for (const int number : {EMFILE, EACCES, EINTR, ENFILE, EIO}) {
+    EXPECT_TRUE(parse(1, way++, number).returned) << number;
+  }
+}
+
+TEST_F(JsonRefused, EndsTheProcessWhenTheFileCannotBeRead) {
+  for (const std::size_t call : {2U, 3U}) {
+    const faults::ProcessEnd end = parse(call, 0, 0);
+    EXPECT_EQ(end.status, 2);
+    EXPECT_EQ(end.errors, "input in flex scanner failed\n");
+  }
+}
+
+TEST_F(JsonRefused, TakesAnInterruptedReadUpAgain) {
+  for (const std::size_t call : {2U, 3U}) {
+    EXPECT_TRUE(parse(call, 2, 0).returned);
+  }
+}
+
+TEST_F(JsonRefused, HasReadTheFileEvenIfItCannotBeClosedWell) {
+  EXPECT_TRUE(parse(4, 0, 0).returned);
+}
+
+}  // namespace
