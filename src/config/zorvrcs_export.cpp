@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "whitespace.hpp"
 #include "zorvrcs_expand.hpp"
@@ -73,6 +74,14 @@ class VariableBatch {
   const Item *last_ = nullptr;
 };
 
+// The variables as an export without enough memory has left them: in use until the C library makes an
+// environment of its own, and given back by the next export.
+constinit Variable *left_in_use = nullptr;
+
+void give_back_unused() {
+  if (left_in_use != nullptr && environ != &left_in_use->text) std::free(std::exchange(left_in_use, nullptr));
+}
+
 void note_variables(Tree &tree) {
   for (std::size_t i = 0, count = count_variables(); i < count; ++i) {
     const std::string_view variable = environ[i];
@@ -111,7 +120,9 @@ void export_missing(Tree &tree) {
   note_variables(tree);
   VariableBatch batch(variables.get(), count);
   set_missing(tree, batch);
-  if (!batch.finish()) static_cast<void>(variables.release());
+  const bool is_free = batch.finish();
+  give_back_unused();
+  if (!is_free) left_in_use = variables.release();
 }
 
 void add_setting(Tree &tree, int32_t level, const char *name, const char *value) {
