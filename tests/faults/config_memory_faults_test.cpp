@@ -8,6 +8,7 @@
 #include "conf.h"
 #include "dataarea.h"
 #include "files.hpp"
+#include "files_only_test.hpp"
 #include "private_root.hpp"
 #include "process_end.hpp"
 #include "readrcs.h"
@@ -294,7 +295,7 @@ void load_developer_file(Fault &fault) {
       [&] { return fault.struck(); });
   fault.note_struck(end.struck);
   if (end.returned) return;
-  EXPECT_EQ(end.status, 91);
+  EXPECT_EQ(end.status, 91) << end.errors;
   EXPECT_TRUE(end.errors.starts_with("Cannot load config file! (#9091) ")) << end.errors;
 }
 
@@ -379,7 +380,7 @@ const QuietCall kQuiet[] = {
     {"unload_zorvrcs", [] { unload_zorvrcs(); }},
 };
 
-struct ConfigWithoutMemory : support::FixedPathsTest, ::testing::WithParamInterface<FaultedCall> {};
+struct ConfigWithoutMemory : faults::FilesOnlyTest, ::testing::WithParamInterface<FaultedCall> {};
 
 TEST_P(ConfigWithoutMemory, KeepsItsContractWhicheverAllocationFails) {
   faults::walk(GetParam());
@@ -387,7 +388,7 @@ TEST_P(ConfigWithoutMemory, KeepsItsContractWhicheverAllocationFails) {
 
 INSTANTIATE_TEST_SUITE_P(Call, ConfigWithoutMemory, ::testing::ValuesIn(kFaulted), faults::RowName());
 
-struct ConfigFrugal : support::FixedPathsTest, ::testing::WithParamInterface<QuietCall> {};
+struct ConfigFrugal : faults::FilesOnlyTest, ::testing::WithParamInterface<QuietCall> {};
 
 TEST_P(ConfigFrugal, TakesNoMemory) {
   const Installation installation;

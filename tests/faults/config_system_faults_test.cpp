@@ -12,6 +12,7 @@
 #include "dataarea.h"
 #include "datedelta.h"
 #include "files.hpp"
+#include "files_only_test.hpp"
 #include "private_root.hpp"
 #include "readrcs.h"
 #include "zorvrcs.h"
@@ -246,7 +247,7 @@ constexpr SystemCall kCalls[] = {
     {"ZfxReadRCS", "File", read_setting},
 };
 
-struct ConfigRefused : support::FixedPathsTest, ::testing::WithParamInterface<SystemCall> {};
+struct ConfigRefused : faults::FilesOnlyTest, ::testing::WithParamInterface<SystemCall> {};
 
 TEST_P(ConfigRefused, KeepsItsContractWhicheverSystemCallFails) {
   faults::walk(GetParam());

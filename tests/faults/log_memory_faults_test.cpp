@@ -4,9 +4,9 @@
 
 #include "allocation_walk.hpp"
 #include "files.hpp"
+#include "files_only_test.hpp"
 #include "logfilename.h"
 #include "logger.h"
-#include "private_root.hpp"
 #include "sourceloc.h"
 
 namespace {
@@ -195,7 +195,7 @@ const QuietCall kQuiet[] = {
     {"ZfxGetSourceLocation", [] { ZfxGetSourceLocation("f", "x.c", 1); }},
 };
 
-struct LogWithoutMemory : support::FixedPathsTest, ::testing::WithParamInterface<FaultedCall> {};
+struct LogWithoutMemory : faults::FilesOnlyTest, ::testing::WithParamInterface<FaultedCall> {};
 
 TEST_P(LogWithoutMemory, KeepsItsContractWhicheverAllocationFails) {
   faults::walk(GetParam());

@@ -26,11 +26,11 @@
 #include "event.h"
 #include "exec.h"
 #include "files.hpp"
+#include "files_only_test.hpp"
 #include "gets_legacy.h"
 #include "kill.h"
 #include "mutex.h"
 #include "osuser_unix.h"
-#include "private_root.hpp"
 #include "procwait.h"
 #include "safe_gets.h"
 #include "security.h"
@@ -468,7 +468,7 @@ const QuietCall kQuiet[] = {
     {"ZfxWaitProcess", [] { EXPECT_EQ(ZfxWaitProcess(0x7FFFFFF0, 0, nullptr), -1); }},
 };
 
-struct OsWithoutMemory : support::FixedPathsTest, ::testing::WithParamInterface<FaultedCall> {};
+struct OsWithoutMemory : faults::FilesOnlyTest, ::testing::WithParamInterface<FaultedCall> {};
 
 TEST_P(OsWithoutMemory, KeepsItsContractWhicheverAllocationFails) {
   faults::walk(GetParam());

@@ -23,10 +23,10 @@
 #include "dynlib.h"
 #include "exec.h"
 #include "files.hpp"
+#include "files_only_test.hpp"
 #include "gets_legacy.h"
 #include "kill.h"
 #include "osuser_unix.h"
-#include "private_root.hpp"
 #include "procwait.h"
 #include "safe_gets.h"
 #include "sockredir.h"
@@ -555,7 +555,7 @@ constexpr SystemCall kCalls[] = {
     {"safe_gets", "First", read_line},
 };
 
-struct OsRefused : support::FixedPathsTest, ::testing::WithParamInterface<SystemCall> {};
+struct OsRefused : faults::FilesOnlyTest, ::testing::WithParamInterface<SystemCall> {};
 
 TEST_P(OsRefused, KeepsItsContractWhicheverSystemCallFails) {
   faults::walk(GetParam());

@@ -5,8 +5,8 @@
 #include "allocation_walk.hpp"
 #include "datedelta.h"
 #include "files.hpp"
+#include "files_only_test.hpp"
 #include "iso8601.h"
-#include "private_root.hpp"
 #include "rfc2822.h"
 #include "timestamps.h"
 #include "zdbclock.h"
@@ -89,7 +89,7 @@ const QuietCall kQuiet[] = {
      }},
 };
 
-struct TimeWithoutMemory : support::FixedPathsTest, ::testing::WithParamInterface<FaultedCall> {};
+struct TimeWithoutMemory : faults::FilesOnlyTest, ::testing::WithParamInterface<FaultedCall> {};
 
 TEST_P(TimeWithoutMemory, KeepsItsContractWhicheverAllocationFails) {
   faults::walk(GetParam());
