@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "failing_allocator.hpp"
+
 namespace {
 
 struct Delete {
@@ -239,6 +241,66 @@ TEST(Strptrlist, AgreesWithAPlainVectorOverRandomScripts) {
       ASSERT_TRUE(std::is_sorted(plain.begin(), plain.end()));
       ASSERT_EQ((std::vector<const char *>(list->items, list->items + list->count)), slots);
     }
+  }
+}
+
+TEST(Strptrlist, AgreesWithAPlainVectorInALongSortedList) {
+  std::mt19937 random(20261121);
+  const List list = make();
+  for (const std::size_t count : {5000U, 700U}) {  // the second time in the slots that the first one has left
+    Texts plain;
+    while (plain.size() < count) {
+      const std::string text = std::to_string(random() % 10000);
+      const long place = plain_place(plain, text);
+      ASSERT_EQ(strptrlist_add_sorted(list.get(), text.c_str()), 0);
+      plain.insert(plain.begin() + place, text);
+      ASSERT_EQ(list->items[place], text);
+      ASSERT_GT(list->capacity, list->count);
+      list->items[list->capacity - 1] = nullptr;  // a slot of the list's own, whatever moves
+      if (random() % 8 == 0) {
+        const auto index = static_cast<long>(random() % plain.size());
+        ASSERT_EQ(strptrlist_remove_at(list.get(), static_cast<int32_t>(index)), 0);
+        plain.erase(plain.begin() + index);
+      }
+    }
+    ASSERT_EQ(texts_of(list), plain);
+    for (const std::string &text : plain) {
+      const int32_t found = strptrlist_find_sorted(list.get(), text.c_str());
+      ASSERT_EQ(strptrlist_get(list.get(), found), text);
+    }
+    strptrlist_clear(list.get());
+  }
+}
+
+TEST(StrptrlistAddSorted, LeavesTheListAsItIsWhenMemoryIsShort) {
+  const List list = make();
+  Texts plain;
+  for (int i = 0; i < 400; ++i) {
+    const std::string text = std::to_string((i * 7919) % 1000 + 1000);
+    support::FailingAllocator failing(1, true);
+    EXPECT_EQ(strptrlist_add_sorted(list.get(), text.c_str()), -1);
+    EXPECT_TRUE(failing.stop());
+    ASSERT_EQ(texts_of(list), plain);
+    ASSERT_EQ(strptrlist_add_sorted(list.get(), text.c_str()), 0);
+    plain.insert(std::lower_bound(plain.begin(), plain.end(), text), text);
+    ASSERT_EQ(texts_of(list), plain);
+  }
+}
+
+TEST(StrptrlistAddSorted, GrowsWithoutSlotsInFrontWhenMemoryIsShort) {
+  const List list = make();
+  Texts plain;
+  for (int i = 0; i < 400; ++i) {
+    const std::string text = std::to_string(2000 - i);
+    if (list->count != 0 && list->capacity <= list->count + 1) {
+      support::FailingAllocator failing(1);  // the larger block alone
+      EXPECT_EQ(strptrlist_add_sorted(list.get(), text.c_str()), 0);
+      EXPECT_TRUE(failing.stop());
+    } else {
+      EXPECT_EQ(strptrlist_add_sorted(list.get(), text.c_str()), 0);
+    }
+    plain.insert(plain.begin(), text);
+    ASSERT_EQ(texts_of(list), plain);
   }
 }
 
