@@ -10,6 +10,7 @@
 
 #include "fixed_text.hpp"
 #include "handles.hpp"
+#include "small_block.hpp"
 
 namespace {
 
@@ -166,7 +167,7 @@ int32_t strptrlist_add_sorted(strptrlist *list, const char *text) {
   if (list == nullptr || list->count == 0) return strptrlist_add(list, text);
   if (!grow(slots_of(list), list->count + 1, true)) return -1;
   text = text_or_empty(text);
-  Item item(ZfxStrDup(text));
+  Item item(zorvcrt::new_text(text));
   if (!item) return -1;
   insert_at(slots_of(list), insertion_index(*list, text), std::move(item));
   return 0;
