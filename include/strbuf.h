@@ -100,7 +100,8 @@ ZFX_API int32_t strbuf_reserve(strbuf *buffer, int32_t n);
  * @param position offset in bytes in front of which to insert; a negative one counts as 0
  *
  * Callers insert inside the text. At or past its end the text is appended first and then inserted as well, so
- * it is there twice: "xy" inserted at 3 into "abc" gives "abcxyxy".
+ * it is there twice: "xy" inserted at 3 into "abc" gives "abcxyxy". When memory is short the text stays
+ * as it is.
  */
 ZFX_API void strbuf_insert(strbuf *buffer, const char *text, int32_t n, int32_t position);
 

@@ -44,18 +44,34 @@ zorvcrt::UniqueMalloc<char> copy_of(std::string_view text) {
   return zorvcrt::UniqueMalloc<char>(zorvcrt::new_text(text));
 }
 
-// Puts text between the first position bytes and the rest; without memory the buffer's text stays.
-void insert_text(Text &buffer, const char *text, int32_t n, int32_t position) {
+// Puts text between the first position bytes and the rest; false when memory is short.
+bool insert_text(Text &buffer, const char *text, int32_t n, int32_t position) {
   const std::string_view tail(buffer.data + position, bytes(buffer.length - position));
   const auto saved = copy_of(tail);
-  if (!saved) return;
+  if (!saved) return false;
   end_text(buffer, position);
   const auto tail_length = static_cast<int32_t>(tail.size());
   const bool inserted = append_text(buffer, text, n) != nullptr;
-  if (inserted && (tail_length == 0 || append_text(buffer, saved.get(), tail_length) != nullptr)) return;
+  if (inserted && (tail_length == 0 || append_text(buffer, saved.get(), tail_length) != nullptr)) return true;
   end_text(buffer, position);
   append_text(buffer, saved.get(), tail_length);
+  return false;
 }
+
+// Where a text ends, to come back to when a change fails half-way.
+struct Ending {
+  explicit Ending(const Text &buffer)
+      : length(buffer.length), end(buffer.data == nullptr ? 0 : buffer.end - buffer.data) {}
+  // The bytes in front of the end are there still, or again.
+  void restore(Text &buffer) const {
+    buffer.length = length;
+    buffer.end = buffer.data + end;
+    std::memset(buffer.data + length, 0, bytes(end - length + 1));
+  }
+
+  int32_t length;
+  int64_t end;  // behind the length after a trim
+};
 
 // Formats into the area; gives vsnprintf's count, with the area left empty when it refuses.
 ZFX_PRINTF(2, 0)
@@ -142,8 +158,9 @@ void strbuf_insert(strbuf *buffer, const char *text, int32_t n, int32_t position
     if (!copy) return;
     text = copy.get();
   }
+  const Ending before(self);
   if (position >= self.length && append_text(self, text, count) == nullptr) return;
-  insert_text(self, text, count, std::min(position, self.length));
+  if (!insert_text(self, text, count, std::min(position, self.length))) before.restore(self);
 }
 
 uint32_t strbuf_length(const strbuf *buffer) {

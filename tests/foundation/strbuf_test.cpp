@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "failing_allocator.hpp"
 #include "zfxmemory.h"
 
 namespace {
@@ -271,6 +272,36 @@ TEST(StrbufInsert, LeavesTheTextInTwiceAtAndPastTheEnd) {
   const Buffer buffer = make(16, "abc");
   strbuf_insert(buffer.get(), "xy", -1, 4);  // one byte into what was appended
   EXPECT_EQ(text_of(buffer), "abcxxyy");
+}
+
+TEST(StrbufInsert, InsertsAllOrNothingWhenMemoryRunsOutInBetween) {
+  int refused = 0;
+  for (const char *text : {"", "abc", "abc  ", "  a text of some length  "}) {
+    for (const bool trimmed : {false, true}) {
+      for (const int position : {0, 1, 3, 100}) {
+        for (std::size_t failure = 1; failure <= 8; ++failure) {
+          const Buffer buffer = make(4, text);
+          const Buffer untroubled = make(4, text);
+          if (trimmed) strbuf_trim(buffer.get());
+          if (trimmed) strbuf_trim(untroubled.get());
+          const std::string before = text_of(buffer);
+          const auto end = buffer->end - buffer->data;
+          strbuf_insert(untroubled.get(), "inserted", -1, position);
+
+          support::FailingAllocator failing(failure, true);
+          strbuf_insert(buffer.get(), "inserted", -1, position);
+          if (!failing.stop() || text_of(buffer) != before) {
+            EXPECT_EQ(text_of(buffer), text_of(untroubled));
+            continue;
+          }
+          ++refused;
+          EXPECT_EQ(buffer->data[before.size()], '\0');
+          EXPECT_EQ(buffer->end - buffer->data, end);
+        }
+      }
+    }
+  }
+  EXPECT_GT(refused, 32);
 }
 
 TEST(StrbufInsert, CountsANegativePositionAsZero) {
