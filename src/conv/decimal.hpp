@@ -60,6 +60,24 @@ inline constexpr auto kDigitPairs = [] {
   return pairs;
 }();
 
+/// Ten to the power of the index.
+inline constexpr auto kPowersOfTen = [] {
+  std::array<uint64_t, 20> powers{};
+  uint64_t power = 1;
+  for (uint64_t &entry : powers) {
+    entry = power;
+    power *= 10;
+  }
+  return powers;
+}();
+
+/// The number of decimal digits of a number.
+inline int decimal_digit_count(uint64_t value) {
+  // The digits of the largest number with as many bits, or one less: 1233 / 4096 is the logarithm of 2.
+  const int below = static_cast<int>(std::bit_width(value | 1)) * 1233 >> 12;
+  return below + ((value | 1) >= kPowersOfTen[static_cast<std::size_t>(below)] ? 1 : 0);
+}
+
 /// Writes a number in decimal so that it ends before @p end, which has 20 bytes before it; returns where it
 /// begins.
 inline char *write_decimal_before(char *end, uint64_t value) {

@@ -3,6 +3,7 @@
 #include "intconv.h"
 
 #include <array>
+#include <bit>
 #include <cstring>
 
 #include "decimal.hpp"
@@ -11,35 +12,38 @@ namespace {
 
 enum Base : int32_t { kOctal = 8, kDecimal = 10, kHexadecimal = 16 };
 
-constexpr uint32_t kNoDigit = 255;
+constexpr uint8_t kNoDigit = 255;
 
-// The value that counts in a conversion, or kNoDigit. In base 16 the digits '1' to '9' count 0.
+// The values that count in base 16, or kNoDigit: the digits '1' to '9' count 0.
+constexpr auto kHexadecimalValues = [] {
+  std::array<uint8_t, 256> values{};
+  values.fill(kNoDigit);
+  for (std::size_t digit = 0; digit < 10; ++digit) {
+    values['0' + digit] = 0;
+  }
+  for (std::size_t letter = 0; letter < 6; ++letter) {
+    values['A' + letter] = values['a' + letter] = static_cast<uint8_t>(letter + 10);
+  }
+  return values;
+}();
+
 template <Base kBase>
 uint32_t digit_value(char c) {
-  const bool decimal = zorvcrt::is_decimal_digit(c);
-  if constexpr (kBase != kHexadecimal) {
-    return decimal ? zorvcrt::decimal_digit(c) : kNoDigit;
+  if constexpr (kBase == kHexadecimal) {
+    return kHexadecimalValues[static_cast<unsigned char>(c)];
   } else {
-    if (decimal) return 0;
-    if (c >= 'A' && c <= 'F') return static_cast<uint32_t>(c - 'A') + 10;
-    if (c >= 'a' && c <= 'f') return static_cast<uint32_t>(c - 'a') + 10;
-    return kNoDigit;
+    return zorvcrt::is_decimal_digit(c) ? zorvcrt::decimal_digit(c) : kNoDigit;
   }
 }
 
-// Runs the function for the base, as a template argument; gives the fallback for any other base.
+// Runs the function for the base, as a template argument; gives the fallback for any other base. Inlined,
+// since handing the arguments of a conversion to it takes longer than converting a short number.
 template <class Result, class Function>
-Result for_base(int32_t base, Result fallback, Function function) {
-  switch (base) {
-    case kOctal:
-      return function.template operator()<kOctal>();
-    case kDecimal:
-      return function.template operator()<kDecimal>();
-    case kHexadecimal:
-      return function.template operator()<kHexadecimal>();
-    default:
-      return fallback;
-  }
+[[gnu::always_inline]] inline Result for_base(int32_t base, Result fallback, Function function) {
+  if (base == kDecimal) [[likely]]
+    return function.template operator()<kDecimal>();
+  if (base == kHexadecimal) return function.template operator()<kHexadecimal>();
+  return base == kOctal ? function.template operator()<kOctal>() : fallback;
 }
 
 const char *skip_blanks(const char *text) {
@@ -49,9 +53,47 @@ const char *skip_blanks(const char *text) {
   return text;
 }
 
+template <Base kBase>
+constexpr int kDigitBits = kBase == kOctal ? 3 : 4;
+
+template <Base kBase>
+int32_t digit_count(uint64_t value) {
+  if constexpr (kBase == kDecimal) {
+    return zorvcrt::decimal_digit_count(value);
+  } else {
+    return (static_cast<int32_t>(std::bit_width(value | 1)) + kDigitBits<kBase> - 1) / kDigitBits<kBase>;
+  }
+}
+
+// The texts of all numbers of two digits: a digit at a time takes half as long again.
+template <Base kBase>
+constexpr auto kDigitPairs = [] {
+  std::array<char, std::size_t{2} * kBase * kBase> pairs{};
+  for (std::size_t i = 0; i < pairs.size(); i += 2) {
+    pairs[i] = "0123456789ABCDEF"[i / 2 / kBase];
+    pairs[i + 1] = "0123456789ABCDEF"[i / 2 % kBase];
+  }
+  return pairs;
+}();
+
+template <Base kBase>
+void write_digits_before(char *end, uint64_t value) {
+  if constexpr (kBase == kDecimal) {
+    zorvcrt::write_decimal_before(end, value);
+  } else {
+    constexpr uint64_t kPairs = kDigitPairs<kBase>.size() / 2;
+    for (; value >= kPairs; value /= kPairs) {
+      end -= 2;
+      std::memcpy(end, &kDigitPairs<kBase>[value % kPairs * 2], 2);
+    }
+    *--end = kDigitPairs<kBase>[value * 2 + 1];
+    if (value >= kBase) *--end = kDigitPairs<kBase>[value * 2];
+  }
+}
+
 template <class Unsigned>
 Unsigned read_digits(const char *text, int32_t base, Unsigned default_value, bool negative) {
-  return for_base(base, default_value, [=]<Base kBase>() {
+  return for_base(base, default_value, [&]<Base kBase>() {
     uint32_t digit = digit_value<kBase>(*text);
     if (digit == kNoDigit) return default_value;
     Unsigned value = 0;
@@ -65,6 +107,8 @@ Unsigned read_digits(const char *text, int32_t base, Unsigned default_value, boo
 template <class Unsigned>
 Unsigned read_signed(const char *text, int32_t base, Unsigned default_value, bool plus_accepted) {
   if (text == nullptr) return default_value;
+  // most texts begin with a digit
+  if (zorvcrt::is_decimal_digit(*text)) return read_digits(text, base, default_value, false);
   text = skip_blanks(text);
   const bool negative = *text == '-';
   if (negative || (plus_accepted && *text == '+')) text = skip_blanks(text + 1);
@@ -76,7 +120,7 @@ Unsigned read_signed(const char *text, int32_t base, Unsigned default_value, boo
 int32_t intconv_isdigit(int32_t character, int32_t base, int32_t *value) {
   if (value != nullptr) *value = 0;
   if (character < 0 || character > INT8_MAX) return 0;
-  return for_base(base, 0, [=]<Base kBase>() {
+  return for_base(base, 0, [&]<Base kBase>() {
     const uint32_t digit = digit_value<kBase>(static_cast<char>(character));
     if (digit == kNoDigit) return 0;
     if (value != nullptr) *value = static_cast<int32_t>(digit);
@@ -109,20 +153,9 @@ uint64_t intconv_atoi64u(const char *text, int32_t base, uint64_t default_value)
 int32_t intconv_i64utoa(uint64_t value, int32_t base, char *text) {
   if (text == nullptr) return -1;
   *text = '\0';
-  return for_base(base, -1, [=]<Base kBase>() {
-    std::array<char, 22> digits;  // 2^64 in base 8
-    char *const end = digits.data() + digits.size();
-    char *begin = end;
-    if constexpr (kBase == kDecimal) {
-      begin = zorvcrt::write_decimal_before(end, value);
-    } else {
-      uint64_t rest = value;
-      do {
-        *--begin = "0123456789ABCDEF"[rest % kBase];
-        rest /= kBase;
-      } while (rest != 0);
-    }
-    std::memcpy(text, begin, static_cast<std::size_t>(end - begin));
-    return static_cast<int32_t>(end - begin);
+  return for_base(base, -1, [&]<Base kBase>() {
+    const int32_t count = digit_count<kBase>(value);
+    write_digits_before<kBase>(text + count, value);
+    return count;
   });
 }
