@@ -27,6 +27,7 @@ constexpr std::size_t kTimes = 256;
 constexpr char kInput[] = "2000 to 2040";
 constexpr char kIso[] = "%Y-%m-%dT%H:%M:%SZ";
 constexpr char kMail[] = "%a, %d %b %Y %H:%M:%S GMT";
+constexpr char kMailText[] = "%a, %d %b %Y %H:%M:%S GMT ";  // we pass over a zone that the text ends in
 constexpr char kPlain[] = "%Y-%m-%d %H:%M:%S";
 
 using Area = std::array<char, 64>;
@@ -39,7 +40,7 @@ struct Times {
       gmtime_r(&seconds[i], &record[i]);
       Area area;
       iso[i].assign(area.data(), strftime(area.data(), area.size(), kIso, &record[i]));
-      mail[i].assign(area.data(), strftime(area.data(), area.size(), kMail, &record[i]));
+      mail[i].assign(area.data(), strftime(area.data(), area.size(), kMailText, &record[i]));
       plain[i].assign(area.data(), strftime(area.data(), area.size(), kPlain, &record[i]));
     }
   }

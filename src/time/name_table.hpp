@@ -3,11 +3,16 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
+#include <type_traits>
 
 namespace zorvcrt {
+
+static_assert(std::endian::native == std::endian::little, "the first character is the lowest byte");
 
 /// N names, at most half as many as there are places, each at a place of its own.
 template <std::size_t N>
@@ -43,7 +48,12 @@ class NameTable {
 
   static constexpr uint32_t byte_of(char c) { return static_cast<unsigned char>(c); }
   static constexpr uint32_t key_of(std::string_view text) {
-    return byte_of(text[0]) | byte_of(text[1]) << 8 | byte_of(text[2]) << 16;
+    if (std::is_constant_evaluated()) {
+      return byte_of(text[0]) | byte_of(text[1]) << 8 | byte_of(text[2]) << 16;
+    }
+    uint16_t first_two = 0;  // at once: byte by byte a mail date takes a tenth longer
+    std::memcpy(&first_two, text.data(), sizeof first_two);
+    return first_two | byte_of(text[2]) << 16;
   }
   [[nodiscard]] constexpr std::size_t place_of(uint32_t key) const {
     return key * multiplier_ >> (32 - kPlaceBits);

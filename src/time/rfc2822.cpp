@@ -56,7 +56,7 @@ constexpr NameTable kMonths(std::array<std::string_view, 12>{"Jan", "Feb", "Mar"
 
 // The white space of mail headers, whatever the locale says.
 constexpr bool is_header_space(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+  return static_cast<unsigned char>(c) <= ' ' && (c == ' ' || c == '\t' || c == '\n' || c == '\r');
 }
 
 // A number grows by a digit, or by a blank, which counts as the digit -16.
