@@ -42,7 +42,7 @@ std::string soiled(std::string text) {
   return text;
 }
 
-char *block_of(std::size_t size) {
+[[maybe_unused]] char *block_of(std::size_t size) {
   return static_cast<char *>(std::malloc(size));
 }
 
@@ -115,7 +115,8 @@ void add_forgiving_decoders(const std::string &work, const std::string &input, c
 #endif
 }
 
-void add_strict_decoders(const std::string &work, const std::string &input, const std::string &text) {
+void add_strict_decoders([[maybe_unused]] const std::string &work, [[maybe_unused]] const std::string &input,
+                         [[maybe_unused]] const std::string &text) {
 #ifdef HAVE_OPENSSL
   bench::repeated(work, input, "OpenSSL", [=] {
     char *data = block_of(text.size());
