@@ -220,13 +220,15 @@ def section(group):
 
 def introduction(groups, packages):
     aims = [reached for group in groups for name in group.inputs for _, reached in group.aims(name)]
+    repetitions = max(len(one.times) for group in groups for inputs in group.inputs.values() for one in inputs.values())
     return [
         "# Measured speed", "",
         "Made by `./bench.sh`. All contenders of a group were measured in one run of one program, their repetitions",
         "interleaved at random; shown are ratios of the medians of their processor times. Absolute times depend on",
         "the machine and on what else it did; half the distance between the quartiles is given with them. In italics:",
         "what does less than the work and shows what bounds it.", "",
-        *machine.description(packages), "",
+        *machine.description(packages),
+        f"- Repetitions of each contender: {repetitions}", "",
         f"Of {len(aims)} aims {sum(reached is True for reached in aims)} are reached.", "",
         "## The aims", "",
     ]
