@@ -45,7 +45,8 @@ class Canvas:
 
 def longest(group):
     ratios = [ratio for one in group.ratios.values() for ratio in one.values()]
-    greatest = max(ratios + [1.0])
+    aims = [aim for aim in map(group.bound, group.ratios) if aim is not None]
+    greatest = max(ratios + aims + [1.0])
     return greatest if group.measure == "throughput" else min(greatest, LONGEST_TIME)
 
 

@@ -87,7 +87,7 @@ Item *ItemIndex::find(const Key &key) const {
 }
 
 void ItemIndex::insert(Item &item) {
-  if (item_count_ >= bucket_count_) grow();
+  if (2 * item_count_ >= bucket_count_) grow();  // half full, nearly every chain has one item
   Item *&head = bucket(item.hash).head;
   item.chained = head;
   head = &item;
