@@ -1,6 +1,7 @@
 """A bar chart of a group as SVG text: the same figures give the same bytes. Its colours stand out on light and on
 dark pages alike."""
 
+import math
 from xml.sax.saxutils import escape
 
 WIDTH = 720
@@ -37,10 +38,10 @@ class Canvas:
     def line(self, x, top, bottom, style):
         self.parts.append(f'<line x1="{x:.1f}" y1="{top:g}" x2="{x:.1f}" y2="{bottom:g}" class="{style}"/>')
 
-    def bar(self, width, style):
+    def bar(self, width, style, start=BAR_START):
         top = self.y + (ROW - BAR) / 2
-        self.parts.append(
-            f'<rect x="{BAR_START}" y="{top:g}" width="{max(width, 1):.1f}" height="{BAR}" rx="2" class="{style}"/>')
+        self.parts.append(f'<rect x="{start:.1f}" y="{top:g}" width="{max(width, 1):.1f}" height="{BAR}" rx="2" '
+                          f'class="{style}"/>')
 
 
 def longest(group):
@@ -83,9 +84,11 @@ def drawn(group, own, number):
     """The chart of a report.Group; own is the contender to be marked, number writes a ratio."""
     canvas = Canvas()
     canvas.text(16, 24, group.rules["title"], "title")
-    canvas.text(16, 42, group.scale(), "")
+    axis_end = longest(group)
+    is_broken = any(ratio > axis_end for one in group.ratios.values() for ratio in one.values())
+    canvas.text(16, 42, group.scale() + ("; broken bars are longer" if is_broken else ""))
     canvas.y = 48
-    scale = (BAR_END - BAR_START) / longest(group)
+    scale = (BAR_END - BAR_START) / axis_end
     for name in group.inputs:
         draw_input(canvas, group, name, own, number, scale)
     if any(group.bound(name) is not None for name in group.inputs):
@@ -93,8 +96,33 @@ def drawn(group, own, number):
         canvas.line(BAR_START + 2, canvas.y + 2, canvas.y + ROW - 2, "aim")
         canvas.text(BAR_START + 10, canvas.y + 14, "what it aims at")
         canvas.y += ROW
+    return document(canvas, f"{group.rules['title']}: {group.scale()}")
+
+
+def document(canvas, title):
     height = canvas.y + 12
     head = f'<svg xmlns="http://www.w3.org/2000/svg" width="{WIDTH}" height="{height}" ' \
            f'viewBox="0 0 {WIDTH} {height}" role="img">'
-    title = f"<title>{escape(group.rules['title'])}: {escape(group.scale())}</title>"
-    return "\n".join([head, title, f"<style>\n{STYLE}</style>", *canvas.parts, "</svg>"]) + "\n"
+    return "\n".join([head, f"<title>{escape(title)}</title>", f"<style>\n{STYLE}</style>", *canvas.parts,
+                      "</svg>"]) + "\n"
+
+
+def overview(speeds, number):
+    """The chart of all groups: speeds are [(title, rival, times as fast as the rival)]. The axis is logarithmic; what
+    is slower goes to the left."""
+    canvas = Canvas()
+    canvas.text(16, 24, "How many times as fast", "title")
+    canvas.text(16, 42, "mean over the inputs of each work; to the left of the line: slower")
+    canvas.y = 54
+    exponents = [math.log2(speed) for _, _, speed in speeds] + [0.0]
+    start, end = 420, BAR_END
+    scale = (end - start) / (max(exponents) - min(exponents))
+    one = start - min(exponents) * scale
+    for title, rival, speed in speeds:
+        length = math.log2(speed) * scale
+        canvas.text(start - 12, canvas.y + 14, f"{title} · {rival}", "label")
+        canvas.bar(abs(length), "own" if length >= 0 else "peer", min(one, one + length))
+        canvas.text(max(one, one + length) + 6, canvas.y + 14, f"{number(speed)} ×", "own" if length >= 0 else "")
+        canvas.y += ROW
+    canvas.line(one, 52, canvas.y + 2, "one")
+    return document(canvas, "zorvcrt beside the peer of each work")

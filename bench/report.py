@@ -138,6 +138,16 @@ class Group:
             return "best of all" if than == "*" else f"ahead of {than}"
         return f"{'≥' if least else '≤'} {bound:g}" + (f" of {than}" if than else "")
 
+    def speed(self):
+        """Gives (rival, times as fast as it), the geometric mean over the inputs; None where nothing compares."""
+        rival = self.rules.get("rival", self.peer)
+        both = [ratios for ratios in self.ratios.values() if OWN in ratios and rival in ratios]
+        if self.measure == "growth" or not both:
+            return None
+        speeds = [ratios[rival] / ratios[OWN] for ratios in both]
+        mean = statistics.geometric_mean(speeds)
+        return rival, 1 / mean if self.measure == "throughput" else mean
+
     def bound(self, name):
         """The number of the first aim that is about the peer, for the chart."""
         for aim in self.rules.get("aims", []):
@@ -220,7 +230,8 @@ def section(group):
 
 def introduction(groups, packages):
     aims = [reached for group in groups for name in group.inputs for _, reached in group.aims(name)]
-    repetitions = max(len(one.times) for group in groups for inputs in group.inputs.values() for one in inputs.values())
+    measured = [one for group in groups for inputs in group.inputs.values() for one in inputs.values()]
+    repetitions = max(len(one.times) for one in measured)
     return [
         "# Measured speed", "",
         "Made by `./bench.sh`. All contenders of a group were measured in one run of one program, their repetitions",
@@ -230,6 +241,7 @@ def introduction(groups, packages):
         *machine.description(packages),
         f"- Repetitions of each contender: {repetitions}", "",
         f"Of {len(aims)} aims {sum(reached is True for reached in aims)} are reached.", "",
+        "![How many times as fast](overview.svg)", "",
         "## The aims", "",
     ]
 
@@ -249,6 +261,8 @@ def main(results, folder, packages):
     for group in groups:
         lines += section(group)
         (target / f"{group.rules['work']}.svg").write_text(chart.drawn(group, OWN, number))
+    speeds = [(group.rules["title"], *group.speed()) for group in groups if group.speed()]
+    (target / "overview.svg").write_text(chart.overview(speeds, number))
     (target / "README.md").write_text("\n".join(lines).rstrip() + "\n")
 
 

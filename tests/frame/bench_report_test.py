@@ -79,6 +79,14 @@ class MeasuredSpeed(unittest.TestCase):
     def test_an_aim_counts_for_the_inputs_that_it_names(self):
         self.assertEqual(self.verdicts([30], {"at_most": 0.3, "inputs": "y"}, peer=[100]), [])
 
+    def test_the_overview_has_the_mean_speed_beside_the_rival(self):
+        inputs = {name: {"zorvcrt": report.Measurement([10]), "peer": report.Measurement([20]),
+                         "rival": report.Measurement([rival])} for name, rival in (("x", 20), ("y", 80))}
+        self.assertEqual(group_of(inputs, peer="peer").speed(), ("peer", 2.0))
+        self.assertAlmostEqual(group_of(inputs, peer="peer", rival="rival").speed()[1], 4.0)
+        self.assertAlmostEqual(group_of(inputs, peer="peer", measure="throughput").speed()[1], 2.0)
+        self.assertIsNone(group_of(inputs, peer="missing").speed())
+
     def test_what_was_not_measured_is_not_reached(self):
         self.assertEqual(self.verdicts([30], {"at_most": 0.3}), [None])
         self.assertEqual(self.verdicts([], {"at_most": 0.3}, peer=[100]), [None])
@@ -103,6 +111,7 @@ class MeasuredSpeed(unittest.TestCase):
         picture = chart.drawn(group, report.OWN, report.number)
         xml.etree.ElementTree.fromstring(picture)
         self.assertEqual(picture, chart.drawn(group, report.OWN, report.number))
+        xml.etree.ElementTree.fromstring(chart.overview([("a & b", "peer", 0.5), ("c", "peer", 8)], report.number))
 
     def test_every_work_that_has_a_table_is_measured(self):
         sources = "".join(path.read_text() for path in BENCH.rglob("*.?pp"))
