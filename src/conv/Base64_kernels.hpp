@@ -61,7 +61,7 @@ class SextetPacker {
   unsigned count_ = 0;
 };
 
-/// Feed the sextets of the characters up to the first padding character to a packer.
+/// Feed the sextets of the characters to a packer.
 void base64_pack(SextetPacker &packer, const char *text, std::size_t n);
 
 /// Encode n bytes with padding. Give the number of characters.
@@ -74,8 +74,21 @@ inline std::size_t base64_encode(const uint8_t *data, std::size_t n, char *out) 
   return base64_encode_plain(data, n, out);
 }
 
-/// Decode n characters, none of them a zero, up to the first padding character; others that are not in the
-/// alphabet are skipped. Give the number of bytes, at most n / 4 * 3 + 2.
+/// The characters in front of the first zero byte or padding character, at most limit of them.
+std::size_t base64_length_plain(const char *text, std::size_t limit);
+std::size_t base64_length_wide(const char *text, std::size_t limit);
+inline std::size_t base64_length(const char *text, std::size_t limit) {
+  if constexpr (!kPortable) {
+    if (has_wide_registers()) return base64_length_wide(text, limit);
+  }
+  return base64_length_plain(text, limit);
+}
+
+/// Bytes behind the decoded ones that the wide form may overwrite.
+inline constexpr std::size_t kBase64Slack = 8;
+
+/// Decode n characters, none of them padding; those that are not in the alphabet are skipped. Give the number
+/// of bytes, at most n / 4 * 3 + 2.
 std::size_t base64_decode_plain(const char *text, std::size_t n, uint8_t *out);
 std::size_t base64_decode_wide(const char *text, std::size_t n, uint8_t *out);
 inline std::size_t base64_decode(const char *text, std::size_t n, uint8_t *out) {

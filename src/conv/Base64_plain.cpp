@@ -56,10 +56,17 @@ void base64_pack(SextetPacker &packer, const char *text, std::size_t n) {
         continue;
       }
     }
-    if (*text == kBase64Padding) return;
     const uint8_t sextet = sextet_of(*text++);
     if (sextet != kNoSextet) packer.put(sextet);
   }
+}
+
+std::size_t base64_length_plain(const char *text, std::size_t limit) {
+  std::size_t length = 0;
+  while (length < limit && text[length] != '\0' && text[length] != kBase64Padding) {
+    ++length;
+  }
+  return length;
 }
 
 std::size_t base64_decode_plain(const char *text, std::size_t n, uint8_t *out) {

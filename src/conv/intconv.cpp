@@ -40,8 +40,7 @@ uint32_t digit_value(char c) {
 // since handing the arguments of a conversion to it takes longer than converting a short number.
 template <class Result, class Function>
 [[gnu::always_inline]] inline Result for_base(int32_t base, Result fallback, Function function) {
-  if (base == kDecimal) [[likely]]
-    return function.template operator()<kDecimal>();
+  if (base == kDecimal) return function.template operator()<kDecimal>();
   if (base == kHexadecimal) return function.template operator()<kHexadecimal>();
   return base == kOctal ? function.template operator()<kOctal>() : fallback;
 }

@@ -25,16 +25,26 @@ ZORVCRT_AVX2 inline __m256i sextets_of(const uint8_t *bytes) {
                          _mm256_mullo_epi16(even, _mm256_set1_epi32(0x01000010)));
 }
 
-/// Packs 32 sextets into 24 bytes; writes these and no more.
-ZORVCRT_AVX2 inline void pack_sextets(uint8_t *out, __m256i sextets) {
+/// 32 sextets as 24 bytes, followed by 8 that mean nothing.
+ZORVCRT_AVX2 inline __m256i bytes_of(__m256i sextets) {
   const __m256i pairs = _mm256_maddubs_epi16(sextets, _mm256_set1_epi32(0x01400140));
   const __m256i groups = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
   const __m256i order = _mm256_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1,  //
                                          2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
   const __m256i lanes = _mm256_shuffle_epi8(groups, order);
-  const __m256i bytes = _mm256_permutevar8x32_epi32(lanes, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7));
+  return _mm256_permutevar8x32_epi32(lanes, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7));
+}
+
+/// Packs 32 sextets into 24 bytes; writes these and no more.
+ZORVCRT_AVX2 inline void pack_sextets(uint8_t *out, __m256i sextets) {
+  const __m256i bytes = bytes_of(sextets);
   store_half(out, _mm256_castsi256_si128(bytes));
   _mm_storel_epi64(static_cast<__m128i *>(static_cast<void *>(out + 16)), _mm256_extracti128_si256(bytes, 1));
+}
+
+/// Packs 32 sextets into 24 bytes and overwrites the 8 behind them.
+ZORVCRT_AVX2 inline void pack_sextets_loosely(uint8_t *out, __m256i sextets) {
+  store_wide(out, bytes_of(sextets));
 }
 
 }  // namespace zorvcrt

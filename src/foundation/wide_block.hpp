@@ -38,23 +38,27 @@ ZORVCRT_AVX2 inline uint32_t zero_bytes(__m256i block) {
   return static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(block, _mm256_setzero_si256())));
 }
 
-/// One bit for each zero byte of an aligned block, which may begin in front of a text and end behind it: such
-/// a block lies in one page, so no page is touched that the text does not reach.
-ZORVCRT_AVX2 __attribute__((no_sanitize("address", "thread"))) inline uint32_t ends_in(uintptr_t block) {
+/// One bit for each byte of an aligned block that is zero or another end. The block may begin in front of a
+/// text and end behind it: such a block lies in one page, so no page is touched that the text does not reach.
+ZORVCRT_AVX2 __attribute__((no_sanitize("address", "thread"))) inline uint32_t ends_in(uintptr_t block,
+                                                                                       char other_end) {
   // NOLINTNEXTLINE(performance-no-int-to-ptr): no pointer of the text leads in front of it
-  return zero_bytes(*reinterpret_cast<const __m256i *>(block));
+  const __m256i bytes = *reinterpret_cast<const __m256i *>(block);
+  if (other_end == '\0') return zero_bytes(bytes);
+  return zero_bytes(_mm256_min_epu8(bytes, _mm256_xor_si256(bytes, _mm256_set1_epi8(other_end))));
 }
 
-/// The bytes in front of the first zero byte; where there is none below the limit, any number not below it.
-ZORVCRT_AVX2_INLINED std::size_t length_within(const char *text, std::size_t limit) {
+/// The bytes in front of the first zero byte, or of another end; where there is none below the limit, any
+/// number not below it.
+ZORVCRT_AVX2_INLINED std::size_t length_within(const char *text, std::size_t limit, char other_end = '\0') {
   const auto start = reinterpret_cast<uintptr_t>(text);
   uintptr_t block = start / kWideBlock * kWideBlock;
-  uint32_t ends = ends_in(block) >> (start - block);
+  uint32_t ends = ends_in(block, other_end) >> (start - block);
   if (ends != 0) return static_cast<uint32_t>(std::countr_zero(ends));
   do {
     block += kWideBlock;
     if (block - start >= limit) return limit;
-    ends = ends_in(block);
+    ends = ends_in(block, other_end);
   } while (ends == 0);
   return block - start + static_cast<uint32_t>(std::countr_zero(ends));
 }

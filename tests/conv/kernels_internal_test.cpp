@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Base64_kernels.hpp"
+#include "guarded.hpp"
 #include "utf_kernels.hpp"
 #include "uu_kernels.hpp"
 #include "wide_registers.hpp"
@@ -63,13 +64,26 @@ TEST_F(Kernels, EncodeBase64Alike) {
   }
 }
 
+// Units of one, two and three bytes in changing shares, the limits among them.
+std::vector<uint16_t> random_units(std::mt19937 &random, std::size_t size) {
+  static constexpr uint16_t kLimits[] = {0, 0x7F, 0x80, 0x7FF, 0x800, 0xD800, 0xDFFF, 0xFFFF};
+  const unsigned mask = (1U << (1 + random() % 16)) - 1;
+  std::vector<uint16_t> units(size);
+  for (uint16_t &unit : units) {
+    const bool any = random() % 4 == 0;
+    unit = static_cast<uint16_t>(random() & (any ? mask : 0x7F));
+    if (mask > 0xFFF && random() % 16 == 0) unit = kLimits[random() % std::size(kLimits)];
+  }
+  return units;
+}
+
 // A text in which about one character of so many is none of the alphabet.
-std::vector<char> random_base64(std::mt19937 &random, std::size_t size, std::size_t rarity, bool padded) {
+std::vector<char> random_base64(std::mt19937 &random, std::size_t size, std::size_t rarity) {
   std::vector<char> text(size);
   for (char &c : text) {
     c = zorvcrt::kBase64Alphabet[random() % 64];
     if (rarity != 0 && random() % rarity == 0) c = static_cast<char>(1 + random() % 255);
-    if (!padded && c == '=') c = '\n';
+    if (c == '=') c = '\n';
   }
   return text;
 }
@@ -78,9 +92,9 @@ TEST_F(Kernels, DecodeBase64Alike) {
   for (std::size_t n = 0; n <= kLongest; ++n) {
     for (std::size_t offset = 0; offset < 32; ++offset) {
       for (const std::size_t rarity : {0U, 1U, 2U, 30U, 100U}) {
-        const Placed<char> text(random_base64(random, n, rarity, offset % 4 == 0), offset);
-        std::vector<uint8_t> plain(n / 4 * 3 + 2);
-        std::vector<uint8_t> wide(n / 4 * 3 + 2);
+        const Placed<char> text(random_base64(random, n, rarity), offset);
+        std::vector<uint8_t> plain(n / 4 * 3 + 2 + zorvcrt::kBase64Slack);
+        std::vector<uint8_t> wide(n / 4 * 3 + 2 + zorvcrt::kBase64Slack);
         const std::size_t count = zorvcrt::base64_decode_plain(text.get(), n, plain.data());
         ASSERT_EQ(zorvcrt::base64_decode_wide(text.get(), n, wide.data()), count) << n << " at " << offset;
         ASSERT_EQ(plain, wide) << n << " characters at offset " << offset << ", one of " << rarity;
@@ -92,7 +106,7 @@ TEST_F(Kernels, DecodeBase64Alike) {
 TEST_F(Kernels, DecodeLongBase64Alike) {
   for (int round = 0; round < 200; ++round) {
     const std::size_t n = 1000 + random() % 5000;
-    const std::vector<char> text = random_base64(random, n, 1 + random() % 200, false);
+    const std::vector<char> text = random_base64(random, n, 1 + random() % 200);
     std::vector<uint8_t> plain(n);
     std::vector<uint8_t> wide(n);
     const std::size_t count = zorvcrt::base64_decode_plain(text.data(), n, plain.data());
@@ -101,13 +115,55 @@ TEST_F(Kernels, DecodeLongBase64Alike) {
   }
 }
 
+TEST_F(Kernels, FindTheEndOfBase64Alike) {
+  const support::GuardedArea area(2 * kLongest);
+  for (std::size_t n = 0; n <= kLongest; ++n) {
+    std::vector<char> content = random_base64(random, n + random() % 40, 3);
+    if (random() % 4 != 0)
+      content.back() = random() % 2 == 0 ? '=' : '\0';  // the last byte in front of a guard
+    const char *text = area.holding(content);
+    const bool ends = !content.empty() && (content.back() == '=' || content.back() == '\0');
+    for (const std::size_t limit :
+         {std::size_t{0}, n / 2, content.size(), ends ? SIZE_MAX : content.size()}) {
+      ASSERT_EQ(zorvcrt::base64_length_wide(text, limit), zorvcrt::base64_length_plain(text, limit));
+    }
+  }
+}
+
+// Every loop reads the last bytes in front of one guard and writes up to another.
+TEST_F(Kernels, TouchNothingBehindTheirAreas) {
+  const support::GuardedArea from(2 * kLongest);
+  const support::GuardedArea to(4 * kLongest);
+  for (std::size_t n = 0; n <= kLongest; ++n) {
+    const std::vector<uint8_t> data = random_bytes(random, n);
+    const std::size_t characters = (n + 2) / 3 * 4;
+    zorvcrt::base64_encode_wide(from.holding(data), n, to.last(characters));
+    std::vector<char> text(to.last(characters), to.last(0));
+    std::erase(text, '=');
+    auto *const bytes = static_cast<uint8_t *>(static_cast<void *>(to.last(n + zorvcrt::kBase64Slack)));
+    ASSERT_EQ(zorvcrt::base64_decode_wide(from.holding(text), text.size(), bytes), n);
+    ASSERT_TRUE(std::equal(data.begin(), data.end(), bytes));
+
+    const std::vector<uint16_t> units = random_units(random, n);
+    const uint64_t length = zorvcrt::utf8_length_wide(from.holding(units), n);
+    zorvcrt::utf8_convert_wide(from.holding(units), n, to.last(length + zorvcrt::kUtf8Slack));
+  }
+  const std::vector<uint8_t> line = random_bytes(random, zorvcrt::kUuLineBytes);
+  char *const encoded = to.last(zorvcrt::kUuLineCharacters);
+  zorvcrt::uu_encode_line_wide(from.holding(line), encoded);
+  auto *const decoded = static_cast<uint8_t *>(static_cast<void *>(from.last(zorvcrt::kUuLineBytes)));
+  zorvcrt::uu_decode_line_wide(encoded, decoded);
+  ASSERT_TRUE(std::equal(line.begin(), line.end(), decoded));
+}
+
 TEST_F(Kernels, TakeEveryCharacterInEveryPlaceForWhatItIs) {
   for (std::size_t place = 0; place < 32; ++place) {
     for (unsigned c = 1; c < 256; ++c) {
+      if (c == '=') continue;
       std::vector<char> text(40, 'Q');
       text[place] = static_cast<char>(c);
-      std::vector<uint8_t> plain(32);
-      std::vector<uint8_t> wide(32);
+      std::vector<uint8_t> plain(40);
+      std::vector<uint8_t> wide(40);
       const std::size_t count = zorvcrt::base64_decode_plain(text.data(), text.size(), plain.data());
       ASSERT_EQ(zorvcrt::base64_decode_wide(text.data(), text.size(), wide.data()), count);
       ASSERT_EQ(plain, wide) << "character " << c << " at " << place;
@@ -136,19 +192,6 @@ TEST_F(Kernels, EncodeAndDecodeUuLinesAlike) {
     zorvcrt::uu_decode_line_wide(line.get(), wide_bytes.data());
     ASSERT_EQ(plain_bytes, wide_bytes);
   }
-}
-
-// Units of one, two and three bytes in changing shares, the limits among them.
-std::vector<uint16_t> random_units(std::mt19937 &random, std::size_t size) {
-  static constexpr uint16_t kLimits[] = {0, 0x7F, 0x80, 0x7FF, 0x800, 0xD800, 0xDFFF, 0xFFFF};
-  const unsigned mask = (1U << (1 + random() % 16)) - 1;
-  std::vector<uint16_t> units(size);
-  for (uint16_t &unit : units) {
-    const bool any = random() % 4 == 0;
-    unit = static_cast<uint16_t>(random() & (any ? mask : 0x7F));
-    if (mask > 0xFFF && random() % 16 == 0) unit = kLimits[random() % std::size(kLimits)];
-  }
-  return units;
 }
 
 TEST_F(Kernels, ConvertUcs2Alike) {
