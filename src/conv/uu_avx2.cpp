@@ -28,9 +28,16 @@ ZORVCRT_AVX2 void uu_encode_line_wide(const uint8_t *data, char *out) {
   store_wide(out + kSecondCharacters, characters_of(sextets_of(data + kSecondBytes)));
 }
 
-ZORVCRT_AVX2 void uu_decode_line_wide(const char *characters, uint8_t *out) {
-  pack_sextets(out, sextets_behind(load_wide(characters)));
-  pack_sextets(out + kSecondBytes, sextets_behind(load_wide(characters + kSecondCharacters)));
+ZORVCRT_AVX2 bool uu_decode_line_wide(const char *characters, uint8_t *out) {
+  const __m256i first = load_wide(characters);
+  const __m256i second = load_wide(characters + kSecondCharacters);
+  const __m256i newline = _mm256_set1_epi8('\n');
+  const __m256i newlines =
+      _mm256_or_si256(_mm256_cmpeq_epi8(first, newline), _mm256_cmpeq_epi8(second, newline));
+  if (_mm256_testz_si256(newlines, newlines) == 0) return false;
+  pack_sextets(out, sextets_behind(first));
+  pack_sextets(out + kSecondBytes, sextets_behind(second));
+  return true;
 }
 
 }  // namespace zorvcrt

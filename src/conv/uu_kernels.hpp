@@ -40,14 +40,14 @@ inline void uu_encode_line(const uint8_t *data, char *out) {
   uu_encode_line_plain(data, out);
 }
 
-/// Decode the 60 characters of a full line as 45 bytes.
-void uu_decode_line_plain(const char *characters, uint8_t *out);
-void uu_decode_line_wide(const char *characters, uint8_t *out);
-inline void uu_decode_line(const char *characters, uint8_t *out) {
+/// Decode the 60 characters of a full line as 45 bytes. False, with nothing written, when one is a newline.
+bool uu_decode_line_plain(const char *characters, uint8_t *out);
+bool uu_decode_line_wide(const char *characters, uint8_t *out);
+inline bool uu_decode_line(const char *characters, uint8_t *out) {
   if constexpr (!kPortable) {
     if (has_wide_registers()) return uu_decode_line_wide(characters, out);
   }
-  uu_decode_line_plain(characters, out);
+  return uu_decode_line_plain(characters, out);
 }
 
 }  // namespace zorvcrt

@@ -1,5 +1,6 @@
 // Full uuencoded lines for any machine.
 #include <array>
+#include <cstring>
 
 #include "uu_kernels.hpp"
 
@@ -32,13 +33,15 @@ void uu_encode_line_plain(const uint8_t *data, char *out) {
   }
 }
 
-void uu_decode_line_plain(const char *characters, uint8_t *out) {
+bool uu_decode_line_plain(const char *characters, uint8_t *out) {
+  if (std::memchr(characters, '\n', kUuLineCharacters) != nullptr) return false;
   for (std::size_t i = 0; i < kUuLineCharacters; i += 4, out += 3) {
     const uint32_t group = uu_decode_group(characters + i);
     out[0] = static_cast<uint8_t>(group >> 16);
     out[1] = static_cast<uint8_t>(group >> 8);
     out[2] = static_cast<uint8_t>(group);
   }
+  return true;
 }
 
 }  // namespace zorvcrt

@@ -152,7 +152,7 @@ TEST_F(Kernels, TouchNothingBehindTheirAreas) {
   char *const encoded = to.last(zorvcrt::kUuLineCharacters);
   zorvcrt::uu_encode_line_wide(from.holding(line), encoded);
   auto *const decoded = static_cast<uint8_t *>(static_cast<void *>(from.last(zorvcrt::kUuLineBytes)));
-  zorvcrt::uu_decode_line_wide(encoded, decoded);
+  ASSERT_TRUE(zorvcrt::uu_decode_line_wide(encoded, decoded));
   ASSERT_TRUE(std::equal(line.begin(), line.end(), decoded));
 }
 
@@ -188,8 +188,8 @@ TEST_F(Kernels, EncodeAndDecodeUuLinesAlike) {
     const Placed<char> line(plain, offset);
     std::vector<uint8_t> plain_bytes(zorvcrt::kUuLineBytes);
     std::vector<uint8_t> wide_bytes(zorvcrt::kUuLineBytes);
-    zorvcrt::uu_decode_line_plain(line.get(), plain_bytes.data());
-    zorvcrt::uu_decode_line_wide(line.get(), wide_bytes.data());
+    ASSERT_EQ(zorvcrt::uu_decode_line_plain(line.get(), plain_bytes.data()),
+              zorvcrt::uu_decode_line_wide(line.get(), wide_bytes.data()));
     ASSERT_EQ(plain_bytes, wide_bytes);
   }
 }

@@ -6,6 +6,7 @@
 #include <climits>
 #include <memory>
 #include <random>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -156,6 +157,45 @@ TEST(ZfxUudecode, DecodesWhatWasEncodedAndNothingMore) {
     const Written decoded = decode(text, static_cast<int32_t>(n) + 40);
     ASSERT_EQ(decoded.result, 0);
     ASSERT_EQ(decoded.area, data + std::string(40, '?')) << n;
+  }
+}
+
+// The decoding rule, character by character, for lines of at most 80 characters.
+std::string plainly_decoded(const std::string &text) {
+  std::string bytes;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line) && !line.empty();) {
+    const auto sextet = [&line](std::size_t i) {
+      return i < line.size() ? (static_cast<unsigned char>(line[i]) - 32U) % 64 : 0U;
+    };
+    const unsigned count = sextet(0);
+    if (count == 0) break;
+    for (unsigned i = 0; i < count; ++i) {
+      const std::size_t group = 1 + i / 3 * 4;
+      const unsigned value =
+          sextet(group) << 18 | sextet(group + 1) << 12 | sextet(group + 2) << 6 | sextet(group + 3);
+      bytes += static_cast<char>(value >> (16 - i % 3 * 8) & 0xFF);
+    }
+  }
+  return bytes;
+}
+
+TEST(ZfxUudecode, TakesLinesThatEndBeforeAndBehindTheirDataAmongFullOnes) {
+  std::mt19937 random(20261121);
+  for (int round = 0; round < 3000; ++round) {
+    std::string text;
+    for (int line = 0; line < 4; ++line) {
+      const std::size_t characters = random() % 3 == 0 ? random() % 79 : 60;
+      text += random() % 4 == 0 ? static_cast<char>(33 + random() % 90) : random() % 8 == 0 ? '\r' : 'M';
+      for (std::size_t i = 0; i < characters; ++i) {
+        text += static_cast<char>(33 + random() % 64);
+      }
+      text += '\n';
+    }
+    const std::string expected = plainly_decoded(text);
+    std::string area(expected.size() + 8, 'x');
+    ASSERT_EQ(zfx_uudecode(text.c_str(), 0, area.data(), static_cast<int32_t>(expected.size())), 0) << text;
+    ASSERT_EQ(area, expected + std::string(8, 'x')) << text;
   }
 }
 
