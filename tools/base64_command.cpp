@@ -71,7 +71,8 @@ constexpr std::array kOptions = {Option{"--decode", "-d", "", "decode"}};
 
 int run(const Arguments &arguments) {
   arguments.require_operands(0, 1);
-  Input input(arguments.operands().empty() ? "-" : arguments.operands()[0], Input::Output::kMeanwhile);
+  Input input(arguments.operands().empty() ? "-" : arguments.operands()[0],
+              Input::Meanwhile::kStandardOutput);
   return arguments.has("--decode") ? decode(input) : encode(input);
 }
 

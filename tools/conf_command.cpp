@@ -96,7 +96,7 @@ struct Copy {
 };
 
 Owner<Config> config_from_standard_input() {
-  Input input("-", Input::Output::kAfterwards);
+  Input input("-", Input::Meanwhile::kNothing);
   const Copy copy(input);
   return Owner<Config>(Config_Open(copy.path().c_str()));
 }

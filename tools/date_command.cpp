@@ -71,7 +71,7 @@ int print_dates(const Arguments &arguments) {
       status |= print_date(operand, as_json);
       continue;
     }
-    Input input(operand, Input::Output::kMeanwhile);
+    Input input(operand, Input::Meanwhile::kStandardOutput);
     while (const auto line = input.read_line()) {
       status |= print_date(*line, as_json);
     }

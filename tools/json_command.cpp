@@ -15,7 +15,7 @@ namespace {
 using UniqueDocument = Owner<ZJsonExpression>;
 
 UniqueDocument read_document(const std::string &file) {
-  const Input input(file, Input::Output::kAfterwards);
+  const Input input(file, Input::Meanwhile::kNothing);
   UniqueDocument owner(ZJsonExpression_ParseStream(input.stream()));
   if (owner == nullptr) throw Failure(input.name() + ": not enough memory");
   if (owner->errorMessage != nullptr) throw Failure(input.name() + ": " + owner->errorMessage);

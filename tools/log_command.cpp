@@ -45,7 +45,7 @@ int run(const Arguments &arguments) {
     log(joined(operands.begin() + 2, operands.end()));
     return kSuccess;
   }
-  Input input("-", Input::Output::kAfterwards);
+  Input input("-", to_standard_error ? Input::Meanwhile::kStandardError : Input::Meanwhile::kNothing);
   while (const auto line = input.read_line()) {
     log(*line);
   }

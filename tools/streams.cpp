@@ -31,8 +31,9 @@ int opened(const std::string &file) {
   throw Failure(std::string("standard output: ") + std::strerror(errno));
 }
 
-bool may_show_progress(Input::Output output) {
-  return output == Input::Output::kAfterwards || ::isatty(STDOUT_FILENO) == 0;
+bool may_show_progress(Input::Meanwhile written) {
+  if (written == Input::Meanwhile::kStandardOutput) return ::isatty(STDOUT_FILENO) == 0;
+  return written == Input::Meanwhile::kNothing;
 }
 
 }  // namespace
@@ -44,10 +45,10 @@ void occupy_closed_standard_streams() {
   }
 }
 
-Input::Input(const std::string &file, Output output)
+Input::Input(const std::string &file, Meanwhile written)
     : name_(name_of(file)),
       descriptor_(opened(file)),
-      progress_(name_, descriptor_, may_show_progress(output)),
+      progress_(name_, descriptor_, may_show_progress(written)),
       stream_(::fopencookie(this, "r", {read_some, nullptr, nullptr, nullptr})) {
   if (stream_) std::setvbuf(stream_.get(), nullptr, _IOFBF, kBufferSize);
   // The JSON parser ends the process when its input cannot be read, so the first byte is tried before it.

@@ -18,11 +18,11 @@ void occupy_closed_standard_streams();
 /// A file, or standard input where its name is "-".
 class Input {
  public:
-  /// How the command writes what it makes of the input: news of progress would get in between on a terminal.
-  enum class Output { kMeanwhile, kAfterwards };
+  /// Where the command writes while it reads: news of progress would get in between on a terminal.
+  enum class Meanwhile { kNothing, kStandardOutput, kStandardError };
 
   /// Throws Failure when the file cannot be opened, or is open and cannot be read.
-  Input(const std::string &file, Output output);
+  Input(const std::string &file, Meanwhile written);
   ~Input();
   Input(const Input &) = delete;
   Input &operator=(const Input &) = delete;

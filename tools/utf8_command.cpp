@@ -17,7 +17,8 @@ constexpr std::size_t kUnitsOfBlock = 32768;
 
 int run(const Arguments &arguments) {
   arguments.require_operands(0, 1);
-  Input input(arguments.operands().empty() ? "-" : arguments.operands()[0], Input::Output::kMeanwhile);
+  Input input(arguments.operands().empty() ? "-" : arguments.operands()[0],
+              Input::Meanwhile::kStandardOutput);
   std::vector<uint16_t> units(kUnitsOfBlock);
   std::size_t size = 0;
   do {

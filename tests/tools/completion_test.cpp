@@ -76,6 +76,7 @@ TEST(Completion, OffersFilesOtherwise) {
   support::write_file(folder / "beta file.json", "");
   EXPECT_EQ(offered({"json", ""}, folder.path()), (Texts{"alpha.json", "beta file.json"}));
   EXPECT_EQ(offered({"log", "al"}, folder.path()), Texts{"alpha.json"});
+  EXPECT_EQ(offered({"json", "a/b[*", "al"}, folder.path()), Texts{"alpha.json"});
 }
 
 }  // namespace

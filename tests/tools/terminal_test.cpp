@@ -82,6 +82,12 @@ TEST(Terminal, SeesNoProgressBetweenTheOutput) {
   EXPECT_EQ(seen, "WzEsMl0=\r\n");
 }
 
+TEST(Terminal, SeesNoProgressBetweenLinesOnStandardError) {
+  const std::string seen = seen_on_terminal(std::string(kSlowInput) + "$zorvcrt log - info -");
+  EXPECT_TRUE(seen.ends_with("INFO] [1,2]\r\n")) << seen;
+  EXPECT_EQ(seen.find("read"), std::string::npos) << seen;
+}
+
 TEST(Progress, IsNotShownElsewhere) {
   const auto outcome = support::run({"sh", "-c", std::string(kSlowInput) + kCommand + " base64"});
   EXPECT_EQ(outcome.output, "WzEsMl0=\n");

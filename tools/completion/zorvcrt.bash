@@ -21,6 +21,14 @@ _zorvcrt_operands() {
   esac
 }
 
+# _zorvcrt_value OPTION: the value that the option takes, out of the lines of _zorvcrt_options on standard input.
+_zorvcrt_value() {
+  local name value
+  while IFS=$'\t' read -r name value; do
+    if [ "$name" = "$1" ]; then echo "$value"; fi
+  done
+}
+
 _zorvcrt() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
   local IFS=$' \t\n' options value word number=1
@@ -33,7 +41,7 @@ _zorvcrt() {
   # Bash makes a word of its own of the '=' between an option and its value.
   if [ "$previous" = = ]; then previous=${COMP_WORDS[COMP_CWORD - 2]}; fi
   if [ "$current" = = ]; then current=; fi
-  value=$(sed -n "s/^$previous\t//p" <<<"$options")
+  value=$(_zorvcrt_value "$previous" <<<"$options")
   if [ -n "$value" ]; then
     # A value without choices is the user's own.
     [[ $value != *'|'* ]] || mapfile -t COMPREPLY < <(compgen -W "${value//|/ }" -- "$current")
@@ -46,7 +54,7 @@ _zorvcrt() {
   previous=
   for word in "${COMP_WORDS[@]:2:COMP_CWORD-2}"; do
     # Neither an option nor its value is an operand.
-    [[ $word == -* ]] || grep -q "^$previous"$'\t' <<<"$options" || number=$((number + 1))
+    [[ $word == -* ]] || [ -n "$(_zorvcrt_value "$previous" <<<"$options")" ] || number=$((number + 1))
     previous=$word
   done
   word=$(_zorvcrt_operands "$command" "$number")
