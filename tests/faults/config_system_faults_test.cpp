@@ -15,6 +15,7 @@
 #include "files_only_test.hpp"
 #include "private_root.hpp"
 #include "readrcs.h"
+#include "tls.h"
 #include "zorvrcs.h"
 
 namespace {
@@ -175,6 +176,12 @@ void load_and_walk(CallFault &fault) {
   load_by(fault, [] { EXPECT_NE(QuorConfStart(), nullptr); });
 }
 
+void load_and_print(CallFault &fault) {
+  support::CapturedDescriptor output(STDOUT_FILENO);
+  load_by(fault, [] { QuorConfPrint(); });
+  EXPECT_TRUE(fault.struck() || output.text().find("\tPLAIN\t1\n") != std::string::npos) << output.text();
+}
+
 void load_and_update(CallFault &fault) {
   load_by(fault, [] { QuorConfUpdate("CHANGED", "value"); });
 }
@@ -216,10 +223,10 @@ void export_settings(CallFault &fault) {
 
 // Null without a file that can be opened; a read that fails ends the copy there, and a copy that cannot be
 // kept is read anew.
-void read_setting(CallFault &fault) {
+template <class Read>
+void read_by(CallFault &fault, Read read) {
   support::write_file(kSystemFile, "PLAIN=1\nLAST=2\n");
   std::thread([&] {
-    const auto read = [] { return ZfxReadRCS("LAST", 7); };
     char *value = fault.during(read);
     if (value != nullptr || !fault.struck()) {
       EXPECT_STREQ(value, "2");
@@ -233,6 +240,25 @@ void read_setting(CallFault &fault) {
   }).join();
 }
 
+void read_setting(CallFault &fault) {
+  read_by(fault, [] { return ZfxReadRCS("LAST", 7); });
+}
+
+void read_setting_by_own_key(CallFault &fault) {
+  uint32_t key = 0;
+  ASSERT_EQ(ZfxCreateTLS(&key, tlsRCSDealloc), 0);
+  read_by(fault, [key] { return ZfxReadTlsRCS(key, "LAST", 7); });
+  EXPECT_EQ(ZfxDeleteTLS(key), 0);
+}
+
+void start_without_copy(CallFault &fault) {
+  uint32_t key = 0;
+  ASSERT_EQ(ZfxCreateTLS(&key, tlsRCSDealloc), 0);
+  const int32_t result = fault.during([&] { return ZfxOpenTlsRCS(key); });
+  EXPECT_EQ(result, fault.error());
+  EXPECT_EQ(ZfxDeleteTLS(key), 0);
+}
+
 constexpr SystemCall kCalls[] = {
     {"Config_DirOpen", "TwoFiles", merge_folder},
     {"Config_Open", "File", open_configuration},
@@ -240,11 +266,14 @@ constexpr SystemCall kCalls[] = {
     {"QuorConfCreate", "Load", load_and_create},
     {"QuorConfCreate", "Export", export_settings, faults::kEnvironmentKeepsBlocks},
     {"QuorConfExists", "Load", load_and_ask},
+    {"QuorConfPrint", "Load", load_and_print},
     {"QuorConfQuery", "Load", load_and_query},
     {"QuorConfSetPath", "Load", choose_path},
     {"QuorConfStart", "Load", load_and_walk},
     {"QuorConfUpdate", "Load", load_and_update},
+    {"ZfxOpenTlsRCS", "OwnKey", start_without_copy},
     {"ZfxReadRCS", "File", read_setting},
+    {"ZfxReadTlsRCS", "File", read_setting_by_own_key},
 };
 
 struct ConfigRefused : faults::FilesOnlyTest, ::testing::WithParamInterface<SystemCall> {};

@@ -2,11 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <string>
 
 #include "failing_calls.hpp"
 #include "files.hpp"
 #include "process_end.hpp"
+#include "scanner.h"
 #include "zjson_expression.h"
 #include "zjsondriver.h"
 
@@ -58,6 +60,31 @@ TEST_F(JsonRefused, TakesAnInterruptedReadUpAgain) {
   for (const std::size_t call : {2U, 3U}) {
     EXPECT_TRUE(parse(call, 2, 0).returned);
   }
+}
+
+TEST_F(JsonRefused, EndsTheProcessWhenAStreamCannotBeRead) {
+  const faults::ProcessEnd end = faults::end_of(
+      [&] {
+        FILE *stream = std::fopen(path.c_str(), "r");
+        const support::FailingCalls failing(1, 0, false);
+        ZJsonExpression_ParseStream(stream);
+      },
+      [] { return true; });
+  EXPECT_EQ(end.status, 2);
+  EXPECT_EQ(end.errors, "input in flex scanner failed\n");
+}
+
+TEST_F(JsonRefused, ScansOnBehindAnInterruptedReadOfAStream) {
+  FILE *stream = std::fopen(path.c_str(), "r");
+  zjson_scanner *scanner = nullptr;
+  ASSERT_EQ(zjson_lex_init(&scanner), 0);
+  zjson_set_in(stream, scanner);
+  support::FailingCalls failing(1, 2, false);
+  EXPECT_EQ(zjson_lex(nullptr, nullptr, scanner), ZJSON_TOKEN_OBJECT_BEGIN);
+  EXPECT_TRUE(failing.stop());
+  EXPECT_EQ(failing.error(), EINTR);
+  zjson_lex_destroy(scanner);
+  std::fclose(stream);
 }
 
 TEST_F(JsonRefused, HasReadTheFileEvenIfItCannotBeClosedWell) {

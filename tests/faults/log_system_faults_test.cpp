@@ -7,6 +7,7 @@
 
 #include "call_walk.hpp"
 #include "files.hpp"
+#include "files_only_test.hpp"
 #include "logfilename.h"
 #include "logger.h"
 #include "sourceloc.h"
@@ -142,6 +143,26 @@ void compose_path_with_time(CallFault &fault) {
   EXPECT_EQ(std::string(path).size(), std::string("/var/x_20261121204500000.log").size()) << path;
 }
 
+// The directory of the settings, or that without any, when they cannot be read.
+template <class Compose>
+void compose_configured_by(CallFault &fault, Compose compose) {
+  support::write_file("/usr/local/zorv/sys/conf/quor.conf", "QUOR_LOG=/configured\n");
+  std::thread([&] {
+    char path[4096] = "";
+    EXPECT_EQ(fault.during([&] { return compose(path); }), path);
+    const std::string found = path;
+    EXPECT_TRUE(found == "/configured/x.log" || (fault.struck() && found == "/tmp/x.log")) << found;
+  }).join();
+}
+
+void compose_configured(CallFault &fault) {
+  compose_configured_by(fault, [](char *path) { return getLogFileName(path, nullptr, "x", nullptr, 0, 0); });
+}
+
+void compose_configured_extended(CallFault &fault) {
+  compose_configured_by(fault, [](char *path) { return getLogFileNameEx(path, "", "x", nullptr, 0, 0, 0); });
+}
+
 // The first call of a thread keeps its text under a key.
 void tell_location(CallFault &fault) {
   std::thread([&] {
@@ -166,6 +187,8 @@ constexpr SystemCall kCalls[] = {
     {"Logger_RedirectStdout", "ToAFile", redirect_output},
     {"Logger_SetCallback", "InsteadOfAFile", give_logger_callback},
     {"ZfxGetSourceLocation", "FirstOfAThread", tell_location},
+    {"getLogFileName", "Configured", compose_configured},
+    {"getLogFileNameEx", "Configured", compose_configured_extended},
 };
 
 // First in the file, and under ctest in a process of its own: the key is made once.
@@ -179,7 +202,7 @@ TEST(LocationRefused, IsEmptyWithoutAKeyAndThereWithTheNextCall) {
   EXPECT_STREQ(ZfxGetSourceLocation("f", "x.c", 1), "f@x.c:1");
 }
 
-struct LogRefused : ::testing::TestWithParam<SystemCall> {};
+struct LogRefused : faults::FilesOnlyTest, ::testing::WithParamInterface<SystemCall> {};
 
 TEST_P(LogRefused, KeepsItsContractWhicheverSystemCallFails) {
   faults::walk(GetParam());
