@@ -108,6 +108,16 @@ class Editor {
     }
   }
 
+  // Where the script works, printed behind another text and at any depth.
+  void compare_part(int32_t after_name, int32_t level) const {
+    std::string expected = "before";
+    print(*node_, after_name != 0, level, expected);
+    char *out = ZfxStrDup("before");
+    const uint32_t length = ZJsonValue_ToString(value_, &out, after_name, level);
+    const std::unique_ptr<char, fuzz::JsonDeleter> owner(out);
+    fuzz::check_equal(std::string(out, length), expected, "part of a document");
+  }
+
   void compare() const {
     for (const bool pretty : {false, true}) {
       std::string expected;
@@ -227,6 +237,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   for (int left = 150; left > 0 && !input.is_empty(); --left) {
     editor.step(input);
     editor.compare();
+    editor.compare_part(left % 3 == 0 ? 1 : 0, left % 4 - 1);
   }
   return 0;
 }

@@ -26,7 +26,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     const char *place = std::strchr(kEscaped, text[i]);
     if (place != nullptr) expected += '\\';
     expected += place != nullptr ? kLetters[place - kEscaped] : text[i];
-    needed += needs_escape(text, i) ? 1 : 0;
+    if (needs_escape(text, i)) ++needed;
   }
 
   auto length = static_cast<uint32_t>(text.size());

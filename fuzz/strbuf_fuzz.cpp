@@ -249,7 +249,7 @@ void step(fuzz::Input &input, strbuf *buffer, Model &model) {
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   fuzz::Input input(data, size);
-  const int32_t step_size = input.within(0, 300);
+  const int32_t step_size = input.within(0, 255);
   Model model(std::max(step_size, 1));
   model.set("");
   strbuf *buffer = strbuf_create(step_size, nullptr);
