@@ -297,22 +297,5 @@ class Rooms(unittest.TestCase):
             self.assertNotRegex(path.read_text(), r'#include "[^"]*/', f"{path}: a path in an include")
 
 
-class Guides(unittest.TestCase):
-    def test_show_only_code_that_is_run(self):
-        """C and Python stand below a comment that names the example that it is, or the test that runs it."""
-        guides = [SOURCE / "README.md", *sorted((SOURCE / "docs").glob("*.md"))]
-        shown = [(guide.name, *block) for guide in guides
-                 for block in re.findall(r"([^\n]*)\n```(?:c|cpp|python)\n(.*?)```\n", guide.read_text(), re.S)]
-        self.assertGreater(len(shown), 5)
-        for guide, above, text in shown:
-            named = re.fullmatch(r"<!-- (run by )?(\S+) -->", above)
-            self.assertTrue(named, f"{guide}: a block without its example: {above}")
-            source = (SOURCE / named[2]).read_text()
-            if named[1]:
-                self.assertIn(guide, source, "the test does not read the guide")
-            else:
-                self.assertEqual(text, source, named[2])
-
-
 if __name__ == "__main__":
     unittest.main()
