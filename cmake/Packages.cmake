@@ -40,7 +40,7 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "run-time support layer of a databas
 ${about}
 
 This package contains the headers, the static library, the CMake package and
-the pkg-config file, the guides and the examples.")
+the pkg-config file, the reference, the guides and the examples.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME zorvcrt-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION database)
