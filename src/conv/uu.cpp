@@ -82,8 +82,8 @@ bool decode_line(std::string_view line, int64_t count, Output &out) {
 // end of each line first takes a quarter longer.
 bool decode_full_line(std::string_view text, Output &out) {
   constexpr std::size_t kNewline = kUuLineCharacters + 1;
-  if (text.size() <= kNewline || text[kNewline] != '\n' || zorvcrt::uu_sextet(text[0]) != kUuLineBytes)
-    return false;
+  const bool ends_there = text.size() > kNewline && text[kNewline] == '\n';
+  if (!ends_there || zorvcrt::uu_sextet(text[0]) != kUuLineBytes) return false;
   if (out.size - out.position < kFullLineBytes) return false;
   auto *to = static_cast<uint8_t *>(static_cast<void *>(out.area + out.position));
   if (!zorvcrt::uu_decode_line(text.data() + 1, to)) return false;
