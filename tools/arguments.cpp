@@ -24,8 +24,9 @@ void require_choice(const Option &option, const std::string &value) {
   if (choices.find('|') == std::string::npos) return;
   const bool is_one = value.find('|') == std::string::npos &&
                       ("|" + choices + "|").find("|" + value + "|") != std::string::npos;
-  if (!is_one)
+  if (!is_one) {
     throw Misuse("option " + std::string(option.name) + " takes " + choices + ", not '" + value + "'");
+  }
 }
 
 }  // namespace
