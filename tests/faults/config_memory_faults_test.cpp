@@ -183,7 +183,7 @@ void load_and_create(Fault &fault) {
 }
 
 void load_and_ask(Fault &fault) {
-  load_by(fault, [&fault] {
+  load_by(fault, [] {
     const int32_t exists = QuorConfExists();
     EXPECT_TRUE(exists == 1 || exists == 0);
   });
