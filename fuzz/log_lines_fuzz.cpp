@@ -21,13 +21,13 @@ void take_line(void *lines, const char *line) {
 }
 
 ZFX_PRINTF(1, 2) std::string formatted(const char *format, ...) {
-  std::string area(200000, '\0');
+  static char area[200000];
   va_list arguments;
   va_start(arguments, format);
-  const int length = std::vsnprintf(area.data(), area.size(), format, arguments);
+  const int length = std::vsnprintf(area, sizeof area, format, arguments);
   va_end(arguments);
   // What is refused ends the text where it would stand.
-  return length < 0 ? std::string(area.c_str()) : area.substr(0, static_cast<std::size_t>(length));
+  return length < 0 ? std::string(area) : std::string(area, static_cast<std::size_t>(length));
 }
 
 std::string plain_line(const Line &line, std::string message) {
