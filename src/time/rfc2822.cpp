@@ -37,7 +37,6 @@ enum class Expected {
   kHour,
   kMinute,
   kSecond,
-  kZoneStart,
   kZone,
   kDone,
   kFailure,
@@ -90,8 +89,8 @@ class MailDateScanner {
   [[nodiscard]] const MailTime &written() const { return written_; }
 
  private:
-  // "Thu, 29 Feb 2024 12:00:00 ", the form of nearly all texts, is taken in three steps to where the zone
-  // starts; character by character it takes two thirds longer. Anything else begins with the weekday.
+  // "Thu, 29 Feb 2024 12:00:00 ", the form of nearly all texts, is taken in three steps and the zone;
+  // character by character it takes two thirds longer. Anything else begins with the weekday.
   Expected usual_form() {
     if (rest_.size() < kUsualLength) return Expected::kWeekday;
     const uint64_t date = kDayAndMonth.difference(rest_.data() + kDayOffset);
@@ -109,11 +108,11 @@ class MailDateScanner {
     written_.minute = DigitBlock(time).pair(2);
     written_.second = DigitBlock(time).pair(5);
     rest_.remove_prefix(kUsualLength);
-    return Expected::kZoneStart;
+    return zone();
   }
 
-  // Every state is entered with a character left. All take at least one but the start of the zone, which only
-  // looks at it.
+  // Every state is entered with a character left. All take at least one but the zone, which may be empty and
+  // is the last.
   Expected step(Expected expected) {
     switch (expected) {
       case Expected::kWeekday:
@@ -139,9 +138,7 @@ class MailDateScanner {
       case Expected::kMinute:
         return digits_up_to(':', written_.minute, Expected::kMinute, Expected::kSecond);
       case Expected::kSecond:
-        return digits_up_to(' ', written_.second, Expected::kSecond, Expected::kZoneStart);
-      case Expected::kZoneStart:
-        return is_header_space(rest_[0]) ? Expected::kDone : Expected::kZone;
+        return digits_up_to(' ', written_.second, Expected::kSecond, Expected::kZone);
       case Expected::kZone:
         return zone();
       case Expected::kDone:
@@ -202,10 +199,8 @@ class MailDateScanner {
     while (length < rest_.size() && !is_header_space(rest_[length])) {
       ++length;
     }
-    const bool counts = length < rest_.size();
-    if (counts) written_.zone = {rest_.data(), length};
-    rest_.remove_prefix(length);
-    return counts ? Expected::kDone : Expected::kZone;
+    if (length < rest_.size()) written_.zone = {rest_.data(), length};
+    return Expected::kDone;
   }
 
   char take() {
