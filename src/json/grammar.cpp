@@ -6,6 +6,7 @@
 #include "fixed_text.hpp"
 #include "grammar_tables.hpp"
 #include "grammar_trace.hpp"
+#include "item_list.hpp"
 #include "parse_stack.hpp"
 #include "parse_values.hpp"
 #include "parser.hpp"
@@ -51,7 +52,7 @@ class Parser {
 
   Outcome run(ZJsonExpression *&result) {
     trace("Starting parse\n");
-    const Outcome outcome = kTraced ? walk() : walk_quickly();
+    const Outcome outcome = walk();
     if (outcome == kAccepted) {
       result = document_;
       document_ = nullptr;
@@ -80,124 +81,6 @@ class Parser {
         if (state == zorvcrt::kFinalState) return kAccepted;
       }
     }
-  }
-
-  // The same automaton with the reductions that wait for no token carried out together: a value goes into its
-  // container at once, and only what waits for a token is put on the stack. The single steps take a quarter
-  // more time.
-  Outcome walk_quickly() {
-    ZJsonLocation place = place_;
-    const Outcome outcome = walk_quickly(place);
-    place_ = place;
-    return outcome;
-  }
-
-  [[gnu::always_inline]] Outcome walk_quickly(ZJsonLocation &place) {
-    int16_t state = zorvcrt::kStartState;
-    if (!enter(state, {}, place)) return kExhausted;
-    for (;;) {
-      if (zorvcrt::next_token(scanner_, buffer_, token_)) zorvcrt::advance(place, token_);
-      const int16_t next =
-          kStateRecords[static_cast<std::size_t>(state)].shift[static_cast<std::size_t>(token_.symbol)];
-      if (next == 0) return kSyntaxError;
-      if (zorvcrt::waits_for_token(next)) {
-        state = next;
-        if (!shift(state)) return kExhausted;
-        if (state == zorvcrt::kFinalState) return kAccepted;
-        continue;
-      }
-      if (token_.symbol != Symbol::kArrayEnd && token_.symbol != Symbol::kObjectEnd) {
-        if (!stack_.has_room_for_one() || !store(scalar(), state)) return kExhausted;
-        continue;
-      }
-      StackValue container = {};
-      const uint8_t rule = kStateRecords[static_cast<std::size_t>(next)].rule;
-      if (!shift(next) || !make_container(rule, container)) return kExhausted;
-      stack_.pop(zorvcrt::kRules[rule].length);
-      state = stack_.top_state();
-      // NOLINTBEGIN(clang-analyzer-unix.Malloc): enter() leaves the container to the stack in every case
-      if (state == zorvcrt::kStartState) {
-        state = zorvcrt::state_behind(state, zorvcrt::kRules[rule].left);
-        if (!enter(state, container, place)) return kExhausted;
-        if (!reduce(kStateRecords[static_cast<std::size_t>(state)].rule, state)) return kExhausted;
-      } else if (!store(value_of(container), state)) {
-        return kExhausted;
-      }
-      // NOLINTEND(clang-analyzer-unix.Malloc)
-    }
-  }
-
-  // The value that the last token is.
-  [[gnu::always_inline]] ZJsonValue *scalar() {
-    switch (token_.symbol) {
-      case Symbol::kString:
-        return zorvcrt::new_string(token_);
-      case Symbol::kNumber:
-        return zorvcrt::new_number(token_.number);
-      case Symbol::kInteger:
-        return zorvcrt::new_integer(token_.integer);
-      case Symbol::kTrue:
-        return ZJsonValue_NewBool(1);
-      case Symbol::kFalse:
-        return ZJsonValue_NewBool(0);
-      default:
-        return ZJsonValue_NewNull();
-    }
-  }
-
-  // The value around the container that the last token has closed.
-  ZJsonValue *value_of(StackValue container) {
-    if (token_.symbol == Symbol::kArrayEnd) {
-      ZJsonValue *value = ZJsonValue_NewArray(container.array);
-      if (value == nullptr) ZJsonArray_Delete(container.array);
-      return value;
-    }
-    ZJsonValue *value = ZJsonValue_NewObject(container.object);
-    if (value == nullptr) ZJsonObject_Delete(container.object);
-    return value;
-  }
-
-  // Puts a value, which it takes over, into the container that is open, behind the name and colon or the
-  // comma on top of the stack. False when memory runs out, and for a null value.
-  [[gnu::always_inline]] bool store(ZJsonValue *value, int16_t &state) {
-    if (value == nullptr) return false;
-    if (state != zorvcrt::kColonState) {
-      if (!add_item(value, state == zorvcrt::kArrayBeginState, zorvcrt::kElementsState)) {
-        ZJsonValue_Delete(value);
-        return false;
-      }
-      state = zorvcrt::kElementsState;
-      return true;
-    }
-    auto *member = zorvcrt::new_record<ZJsonMember>();
-    if (member == nullptr) {
-      ZJsonValue_Delete(value);
-      return false;
-    }
-    member->name = stack_.right(2, 1).name;
-    member->value = value;
-    stack_.pop(2);
-    if (!add_item(member, stack_.top_state() == zorvcrt::kObjectBeginState, zorvcrt::kMembersState)) {
-      ZJsonMember_Delete(member);
-      return false;
-    }
-    state = zorvcrt::kMembersState;
-    return true;
-  }
-
-  // Lists an item of the open container; the first one begins the list, the others take the comma off the
-  // stack.
-  [[gnu::always_inline]] bool add_item(void *item, bool is_first, int16_t list_state) {
-    const std::size_t index = items_.size();
-    if (!items_.push(item)) return false;
-    if (!is_first) {
-      stack_.pop(1);
-      return true;
-    }
-    StackValue list = {};
-    list.first_item = index;
-    stack_.push(list_state, list, place_);  // in the room that the value's own entry has needed
-    return true;
   }
 
   void read_token() {
@@ -316,7 +199,6 @@ class Parser {
 
   // When this fails the container is still the stack's.
   bool make_document(ZJsonType type, void *container) {
-    if (!late_vectors_.finish()) return false;
     document_ = ZJsonExpression_New();
     ZJsonExpression_SetRoot(document_, type, container);
     if (document_ != nullptr && document_->root != nullptr) return true;
@@ -330,13 +212,12 @@ class Parser {
   bool close(std::size_t first, Container *&container, Item **Container::*slots) {
     container = zorvcrt::new_container_for<Container>(items_.size() - first);
     if (container == nullptr) return false;
-    if (!late_vectors_.take(container, items_.from(first))) {
-      container->*slots =
-          zorvcrt::new_vector<Item>(items_.from(first), container->count, container->capacity);
-      if (container->*slots == nullptr) {
-        std::free(container);
-        return false;
-      }
+    container->*slots =
+        zorvcrt::new_vector<Item>(items_.from(first), static_cast<std::size_t>(container->count),
+                                  static_cast<std::size_t>(container->capacity));
+    if (container->*slots == nullptr) {
+      std::free(container);
+      return false;
     }
     items_.cut(first);
     return true;
@@ -435,7 +316,6 @@ class Parser {
   ZJsonLocation place_ = {1, 1, 1, 1};
   ZJsonExpression *document_ = nullptr;
   zorvcrt::ItemList items_;
-  zorvcrt::LateVectors late_vectors_;
   zorvcrt::ParseStack<kTraced> stack_;
 };
 

@@ -90,13 +90,8 @@ inline constexpr std::array<RuleRecord, 21> kRules = {{
 
 /// The states that the code names.
 inline constexpr int16_t kStartState = 0;
-inline constexpr int16_t kObjectBeginState = 1;
-inline constexpr int16_t kArrayBeginState = 2;
-inline constexpr int16_t kNameState = 6;  // behind a member's name
-inline constexpr int16_t kMembersState = 8;
-inline constexpr int16_t kElementsState = 19;
+inline constexpr int16_t kNameState = 6;    // behind a member's name
 inline constexpr int16_t kFinalState = 21;  // behind the end
-inline constexpr int16_t kColonState = 22;
 
 /// A state either has a rule that is carried out whatever comes, or waits for one of the tokens in its row.
 /// The symbol is the one that leads into the state; the row holds the next state for each terminal that may
@@ -146,19 +141,6 @@ inline constexpr std::array<StateRecord, kStates> kStateRecords = {{
     {19, kNextMember, kNoShift},                                          // 28 next PAIR
     {22, kNextElement, kNoShift},                                         // 29 next VALUE
 }};
-
-/// Whether a state has no rule to be carried out whatever comes: a bit for each, quicker than its record.
-inline constexpr uint32_t kWaitingStates = [] {
-  uint32_t states = 0;
-  for (std::size_t state = 0; state < kStateRecords.size(); ++state) {
-    if (kStateRecords[state].rule == kNoRule) states |= 1U << state;
-  }
-  return states;
-}();
-
-inline bool waits_for_token(int16_t state) {
-  return (kWaitingStates >> state & 1U) != 0;
-}
 
 /// The state behind a nonterminal, by the state before it; 0 where it cannot come.
 // $accept START OBJECT MEMBERS PAIR ARRAY ELEMENTS VALUE

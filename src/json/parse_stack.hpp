@@ -62,9 +62,6 @@ class ParseStack {
     return size_ < room_ ? Room::kEnough : grow();
   }
 
-  /// As a push and a pop: makes sure of the room that one more entry would ask for.
-  [[nodiscard]] bool has_room_for_one() { return size_ + 1 < room_ || grow() != Room::kExhausted; }
-
  private:
   static constexpr std::size_t kPlaceSize = kWithPlaces ? sizeof(ZJsonLocation) : 0;
 
@@ -104,49 +101,6 @@ class ParseStack {
   void *block_ = nullptr;
   std::size_t size_ = 0;
   std::size_t room_ = kFirstStackRoom;
-};
-
-/// The values and members whose containers are not closed yet, in order.
-class ItemList {
- public:
-  ItemList() { items_ = in_place_.data(); }
-  ~ItemList() {
-    if (items_ != in_place_.data()) std::free(items_);
-  }
-  ItemList(const ItemList &) = delete;
-  ItemList &operator=(const ItemList &) = delete;
-
-  [[nodiscard]] std::size_t size() const { return size_; }
-  [[nodiscard]] void *const *from(std::size_t index) const { return items_ + index; }
-  void cut(std::size_t size) { size_ = size; }
-
-  /// False when memory runs out.
-  [[nodiscard]] bool push(void *item) {
-    if (size_ == room_ && !grow()) return false;
-    items_[size_++] = item;
-    return true;
-  }
-
- private:
-  // So many that documents without a long array make no large block while they are parsed: before it gives
-  // out one, this libc's heap goes through all small blocks that were ever released, which took a third of
-  // the time.
-  static constexpr std::size_t kInPlace = 512;
-
-  bool grow() {
-    void *old = items_ == in_place_.data() ? nullptr : static_cast<void *>(items_);
-    auto *grown = static_cast<void **>(std::realloc(old, 2 * room_ * sizeof(void *)));
-    if (grown == nullptr) return false;
-    if (old == nullptr) std::copy_n(items_, size_, grown);
-    items_ = grown;
-    room_ *= 2;
-    return true;
-  }
-
-  std::array<void *, kInPlace> in_place_;
-  void **items_ = nullptr;
-  std::size_t size_ = 0;
-  std::size_t room_ = kInPlace;
 };
 
 }  // namespace zorvcrt

@@ -34,6 +34,10 @@ inline std::string_view without_quotes(std::string_view text, std::string_view q
 inline constexpr std::string_view kNameQuotes = "\"'";
 inline constexpr std::string_view kStringQuotes = "\"";
 
+/// The text that a string value holds for a text, by the rules of ZJsonValue_NewStringL(); null when memory
+/// runs out.
+char *new_stored_text(std::string_view text);
+
 /// A string value for a text, by the rules of ZJsonValue_NewStringL(); null when memory runs out.
 ZJsonValue *new_string_value(std::string_view text);
 

@@ -28,10 +28,14 @@ bool holds(const ZJsonValue *value, const void *container) {
 
 }  // namespace
 
+char *new_stored_text(std::string_view text) {
+  return new_escaped_text(without_quotes(text, kStringQuotes));
+}
+
 ZJsonValue *new_string_value(std::string_view text) {
   ZJsonValue *value = new_value(ZJSON_STRING);
   if (value == nullptr) return nullptr;
-  value->string = new_escaped_text(without_quotes(text, kStringQuotes));
+  value->string = new_stored_text(text);
   if (value->string != nullptr) return value;
   std::free(value);
   return nullptr;

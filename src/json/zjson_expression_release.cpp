@@ -7,50 +7,16 @@
 
 namespace {
 
-// The walk goes down by the containers' own vectors. While the items of a container are being released, its
-// slot 0, whose item is taken first, holds the container above, and its capacity the index of the next item.
-// Items go in the order in which they came: blocks that the heap gets back in that order it gives out
-// quickest.
-
-// Takes a value out of a container and releases what holds it there. Null when the slot is empty.
-ZJsonValue *take(ZJsonValue *container, int32_t index) {
-  if (container->type == ZJSON_ARRAY) return container->array->items[index];
-  ZJsonMember *member = container->object->members[index];
-  if (member == nullptr) return nullptr;
-  ZJsonValue *value = member->value;
-  std::free(member->name);
-  std::free(member);
-  return value;
-}
-
-// Tells whether there is a next item, and which.
-bool next_index(ZJsonValue *container, int32_t &index) {
-  int32_t &next = container->type == ZJSON_ARRAY ? container->array->capacity : container->object->capacity;
-  if (next == zorvcrt::items_below(container)) return false;
-  index = next++;
-  return true;
-}
-
-ZJsonValue *container_above(const ZJsonValue *container) {
-  if (container->type == ZJSON_ARRAY) return container->array->items[0];
-  return reinterpret_cast<ZJsonValue *>(container->object->members[0]);
-}
-
-// Begins with the items of a container; gives the first one.
-ZJsonValue *enter(ZJsonValue *container, ZJsonValue *above) {
-  ZJsonValue *first = take(container, 0);
-  if (container->type == ZJSON_ARRAY) {
-    container->array->items[0] = above;
-    container->array->capacity = 1;
-  } else {
-    container->object->members[0] = reinterpret_cast<ZJsonMember *>(above);
-    container->object->capacity = 1;
-  }
-  return first;
-}
+// The walk keeps what it needs in the records that it is about to release: the count of a container says how
+// many items are left, and the slot behind those, while one of the container's items is walked through, holds
+// the container above.
+//
+// Items go from the last to the first and each record before what it was made for: the reverse of the order
+// in which the parser asks for them. What was made last is still near the processor, and as the heap gives
+// out first what it got back last, the next document finds its records side by side again.
 
 // Releases the payload of a value that has no items, or none any more.
-void release_payload(ZJsonValue *value) {
+inline void release_payload(ZJsonValue *value) {
   if (value->type == ZJSON_STRING) {
     std::free(value->string);
   } else if (value->type == ZJSON_ARRAY && value->array != nullptr) {
@@ -62,34 +28,71 @@ void release_payload(ZJsonValue *value) {
   }
 }
 
+// Releases a value, unless it has items: then it is given back.
+inline ZJsonValue *release_leaf(ZJsonValue *value) {
+  if (value == nullptr) return nullptr;
+  if (zorvcrt::items_below(value) > 0) return value;
+  release_payload(value);
+  std::free(value);
+  return nullptr;
+}
+
+// Releases items from the last on. Gives the first that has items of its own; null when none is left.
+ZJsonValue *release_leaves(ZJsonArray &array) {
+  while (array.count > 0) {
+    ZJsonValue *left = release_leaf(array.items[--array.count]);
+    if (left != nullptr) return left;
+  }
+  return nullptr;
+}
+
+ZJsonValue *release_leaves(ZJsonObject &object) {
+  while (object.count > 0) {
+    ZJsonMember *member = object.members[--object.count];
+    if (member == nullptr) continue;
+    ZJsonValue *left = release_leaf(member->value);
+    std::free(member->name);
+    std::free(member);
+    if (left != nullptr) return left;
+  }
+  return nullptr;
+}
+
+ZJsonValue *release_leaves(ZJsonValue *container) {
+  return container->type == ZJSON_ARRAY ? release_leaves(*container->array)
+                                        : release_leaves(*container->object);
+}
+
+void keep_above(ZJsonValue *container, ZJsonValue *above) {
+  if (container->type == ZJSON_ARRAY) {
+    container->array->items[container->array->count] = above;
+  } else {
+    container->object->members[container->object->count] = reinterpret_cast<ZJsonMember *>(above);
+  }
+}
+
+ZJsonValue *kept_above(const ZJsonValue *container) {
+  if (container->type == ZJSON_ARRAY) return container->array->items[container->array->count];
+  return reinterpret_cast<ZJsonValue *>(container->object->members[container->object->count]);
+}
+
 // Releases all that a value owns; the record itself stays.
 void release_below(ZJsonValue *top) {
-  if (zorvcrt::items_below(top) == 0) {
-    release_payload(top);
-    return;
-  }
+  ZJsonValue *above = nullptr;
   ZJsonValue *container = top;
-  ZJsonValue *item = enter(top, nullptr);
   for (;;) {
-    if (item != nullptr && zorvcrt::items_below(item) > 0) {
-      ZJsonValue *first = enter(item, container);
+    ZJsonValue *item = zorvcrt::items_below(container) > 0 ? release_leaves(container) : nullptr;
+    if (item != nullptr) {
+      keep_above(container, above);
+      above = container;
       container = item;
-      item = first;
       continue;
     }
-    if (item != nullptr) {
-      release_payload(item);
-      std::free(item);
-    }
-    int32_t index = 0;
-    while (!next_index(container, index)) {
-      ZJsonValue *above = container_above(container);
-      release_payload(container);
-      if (container == top) return;
-      std::free(container);
-      container = above;
-    }
-    item = take(container, index);
+    release_payload(container);
+    if (container == top) return;
+    std::free(container);
+    container = above;
+    above = kept_above(container);
   }
 }
 

@@ -3,12 +3,16 @@
 
 #include <cerrno>
 #include <memory>
+#include <string_view>
 
 #include "grammar.h"
 #include "handles.hpp"
 #include "parser.hpp"
+#include "quick_parser.hpp"
 
 namespace {
+
+using zorvcrt::QuickOutcome;
 
 // What ZJsonExpression_ParseFile() returns when there is no memory for a document.
 constexpr int32_t kNoDocument = 63;
@@ -17,6 +21,36 @@ struct ScannerDestroyer {
   void operator()(zjson_scanner *scanner) const { zjson_lex_destroy(scanner); }
 };
 using UniqueScanner = std::unique_ptr<zjson_scanner, ScannerDestroyer>;
+
+// The bytes are scanned where they are. Nothing is written to them, because the text of a token is never
+// exposed, and a copy would be work that the return throws away.
+zjson_buffer buffer_over(std::string_view text) {
+  zjson_buffer buffer = {};
+  buffer.area = buffer.cursor = const_cast<char *>(text.data());
+  buffer.limit = buffer.area + text.size();
+  buffer.line = 1;
+  buffer.has_ended = true;
+  return buffer;
+}
+
+void parse_by_tokens(std::string_view text, ZJsonExpression *&document) {
+  zjson_buffer buffer = buffer_over(text);
+  zjson_scanner scanner = {};
+  zorvcrt::Token token = {};
+  zorvcrt::parse_input(document, scanner, buffer, token);
+}
+
+// The place is that behind the token for which there was no memory.
+void report_exhaustion(std::string_view text, const char *at, ZJsonExpression *&document) {
+  zjson_buffer buffer = buffer_over(text);
+  zjson_scanner scanner = {};
+  zorvcrt::Token token = {};
+  ZJsonLocation place = {1, 1, 1, 1};
+  while (buffer.cursor < at && zorvcrt::next_token(scanner, buffer, token)) {
+    zorvcrt::advance(place, token);
+  }
+  zjson_error(&place, &document, nullptr, "memory exhausted");
+}
 
 bool is_trimmed(char c) {
   return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\0';
@@ -29,17 +63,20 @@ ZJsonExpression *ZJsonExpression_Parse(const char *text, int32_t length) {
   while (length > 0 && is_trimmed(text[length - 1])) {
     --length;
   }
-  // The bytes are scanned where they are. Nothing is written to them, because the text of a token is never
-  // exposed, and a copy would be work that the return throws away.
-  zjson_buffer buffer = {};
-  buffer.area = buffer.cursor = const_cast<char *>(text);
-  buffer.limit = buffer.area + length;
-  buffer.line = 1;
-  buffer.has_ended = true;
-  zjson_scanner scanner = {};
-  zorvcrt::Token token = {};
   ZJsonExpression *document = nullptr;
-  zorvcrt::parse_input(document, scanner, buffer, token);
+  const char *at = nullptr;
+  // A trace shows steps that the quick parser does not take.
+  const bool is_traced = __atomic_load_n(&zjson_debug, __ATOMIC_RELAXED) != 0;
+  switch (is_traced ? QuickOutcome::kLeft : zorvcrt::parse_quickly(text, text + length, document, at)) {
+    case QuickOutcome::kParsed:
+      break;
+    case QuickOutcome::kExhausted:
+      report_exhaustion({text, static_cast<std::size_t>(length)}, at, document);
+      break;
+    case QuickOutcome::kLeft:
+      parse_by_tokens({text, static_cast<std::size_t>(length)}, document);
+      break;
+  }
   return document;
 }
 
