@@ -95,6 +95,18 @@ inline char *write_decimal_before(char *end, uint64_t value) {
   return end;
 }
 
+/// Writes a signed number in decimal, up to 20 bytes; returns the end.
+inline char *write_decimal(char *text, int64_t value) {
+  auto bits = static_cast<uint64_t>(value);
+  if (value < 0) {
+    bits = 0 - bits;
+    *text++ = '-';
+  }
+  char *const end = text + decimal_digit_count(bits);
+  write_decimal_before(end, bits);
+  return end;
+}
+
 /// A signed number in decimal, as "%lld" prints it, in an area of its own.
 class DecimalText {
  public:

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "decimal.hpp"
+
 namespace zorvcrt {
 
 /// Appends to a block that belongs to a caller, one exact block for each piece; a piece for which there is no
@@ -29,6 +31,10 @@ class PieceByPiece {
     append(before);
     append(piece);
     append(behind);
+  }
+  void append_integer(int64_t integer) {
+    const DecimalText text(integer);
+    append({text.data(), text.size()});
   }
   void indent(int32_t level) {
     append("\n");
@@ -68,6 +74,9 @@ class GrowingText {
     write(piece);
     write(behind);
   }
+  void append_integer(int64_t integer) {
+    if (has_room(kLongestInteger)) next_ = write_decimal(next_, integer);
+  }
   void indent(int32_t level) {
     const auto tabs = static_cast<std::size_t>(level);
     if (!has_room(1 + tabs)) return;
@@ -91,6 +100,7 @@ class GrowingText {
 
  private:
   static constexpr std::size_t kInPlace = 4096;
+  static constexpr std::size_t kLongestInteger = 20;  // a sign and 19 digits
 
   [[nodiscard]] bool in_block() const { return begin_ != in_place_.data(); }
 

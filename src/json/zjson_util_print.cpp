@@ -71,12 +71,11 @@ class Printer {
         open(value, after_name, level);
         break;
       case ZJSON_INTEGER: {
-        const zorvcrt::DecimalText text(value->integer);
-        output_.append({text.data(), text.size()});
+        output_.append_integer(value->integer);
         break;
       }
       case ZJSON_NUMBER:
-        output_.append(zorvcrt::RealText(value->number).view());
+        print_real(value->number);
         break;
       case ZJSON_STRING:
         output_.append_enclosed("\"", view_of(value->string), "\"");
@@ -85,6 +84,9 @@ class Printer {
         break;
     }
   }
+
+  // Apart, so that the other values do without its area.
+  [[gnu::noinline]] void print_real(double number) { output_.append(zorvcrt::RealText(number).view()); }
 
   void open(const ZJsonValue *container, bool after_name, int32_t level) {
     if (level >= 0 && !after_name && output_.size() > 0) output_.indent(level);
@@ -106,13 +108,27 @@ class Printer {
     const int32_t level = level_below(frame.level);
     const int32_t index = frame.next++;
     if (frame.container->type == ZJSON_ARRAY) {
+      const ZJsonValue *item = frame.container->array->items[index];
+      fetch_ahead(item);
       separate(frame);
-      begin(frame.container->array->items[index], false, level);
+      begin(item, false, level);
     } else if (const ZJsonMember *member = frame.container->object->members[index]; member != nullptr) {
+      fetch_ahead(member);
       separate(frame);
       print_name(*member, level);
       begin(member->value, true, level);
     }
+  }
+
+  // The records of a parsed document stand in memory in the order in which they are printed. Without this,
+  // printing a document of a megabyte or more takes a tenth to a fifth more.
+  static void fetch_ahead(const void *record) {
+    constexpr std::uintptr_t kDistance = 1024;
+    constexpr std::uintptr_t kLine = 64;
+    // A number first: no pointer may be moved out of its record.
+    const auto ahead = reinterpret_cast<std::uintptr_t>(record) + kDistance;
+    __builtin_prefetch(reinterpret_cast<const void *>(ahead));          // NOLINT(performance-no-int-to-ptr)
+    __builtin_prefetch(reinterpret_cast<const void *>(ahead + kLine));  // NOLINT(performance-no-int-to-ptr)
   }
 
   void separate(Frame &frame) {

@@ -8,6 +8,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "failing_allocator.hpp"
 #include "realconv.h"
@@ -131,6 +132,24 @@ TEST(ZJsonValue_ToString, PrintsEachScalar) {
   EXPECT_EQ(text_of(ZJsonValue_NewNumber(-100)), "-100.0");
   EXPECT_EQ(text_of(ZJsonValue_NewString("a\tb")), "\"a\\tb\"");
   EXPECT_EQ(text_of(ZJsonValue_NewString("")), "\"\"");
+}
+
+TEST(ZJsonValue_ToString, PrintsIntegersOfEveryLength) {
+  std::vector<int64_t> integers = {0, INT64_MAX, INT64_MIN, INT64_MIN + 1};
+  for (int64_t power = 1; power <= INT64_MAX / 10; power *= 10) {
+    for (const int64_t integer : {power - 1, power, power + 1, 10 * power - 1}) {
+      integers.push_back(integer);
+      integers.push_back(-integer);
+    }
+  }
+  for (const int64_t integer : integers) {
+    ZJsonValue value = {ZJSON_INTEGER, {}};
+    value.integer = integer;
+    char *text = nullptr;
+    ZJsonValue_ToString(&value, &text, 0, -1);
+    EXPECT_EQ(std::string(text), std::to_string(integer));
+    ZfxMemFree(text);
+  }
 }
 
 TEST(ZJsonValue_ToString, PrintsAnyByteThatIsNotZeroAsTrue) {
