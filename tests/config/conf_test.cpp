@@ -189,6 +189,19 @@ TEST_F(ConfTest, MergesOverridesOfKnownKeysAndWholeNewSections) {
   EXPECT_EQ(value_of(config, "New", "c"), "3");
 }
 
+TEST_F(ConfTest, KeepsAllOfALargeFileThatIsMerged) {
+  const Configuration config = open("ConfigDir=d\n");
+  std::string text = "[New]\n";
+  for (int i = 0; i < 5000; ++i) {
+    text += "key" + std::to_string(i) + "=value " + std::to_string(i) + "\n";
+  }
+  support::write_file(folder / "d/one.conf", text);
+  EXPECT_EQ(Config_DirOpen(config.get(), nullptr, nullptr), 0);
+  EXPECT_EQ(value_of(config, "New", "key0"), "value 0");
+  EXPECT_EQ(value_of(config, "New", "key2500"), "value 2500");
+  EXPECT_EQ(value_of(config, "New", "key4999"), "value 4999");
+}
+
 TEST_F(ConfTest, MergesASecondSectionOfTheSameNewNameAsOverridesOnly) {
   const Configuration config = open("ConfigDir=d\n");
   support::write_file(folder / "d/one.conf", "[New]\na=1\n[new]\na=2\nb=2\n[]\nConfigDir=elsewhere\n");
@@ -334,6 +347,7 @@ TEST_F(ConfTest, TokenizesAValueWithoutItsEmptyParts) {
   EXPECT_EQ(tokens_of(config, ""), Tokens{});
   EXPECT_EQ(tokens_of(config, " , ,, "), Tokens{});
   EXPECT_EQ(tokens_of(config, ",,,a,,,b c,,"), (Tokens{"a", "b c"}));
+  EXPECT_EQ(tokens_of(config, ",, a,,\t b"), (Tokens{"a", "b"}));
   EXPECT_EQ(tokens_of(config, "one"), (Tokens{"one"}));
   EXPECT_EQ(tokens_of(config, "a  b\tc", ' '), (Tokens{"a", "b\tc"}));
   EXPECT_EQ(tokens_of(config, "a,b;c", ';'), (Tokens{"a,b", "c"}));

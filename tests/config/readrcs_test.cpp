@@ -351,6 +351,29 @@ TEST_F(ReadRCS, ReleasesACallersListWithoutTouchingTheLibrarysOwn) {
   });
 }
 
+// The list under the library's own key, whose number nobody is told.
+void *list_of_the_library() {
+  for (uint32_t key = 0; key < 1024; ++key) {
+    const void *value = ZfxGetTLSValue(key);
+    if (value != nullptr && std::string_view(static_cast<const char *>(value)).starts_with("NAME=")) {
+      return ZfxGetTLSValue(key);
+    }
+  }
+  return nullptr;
+}
+
+TEST_F(ReadRCS, ForgetsTheLibrarysOwnListWhenThatIsReleased) {
+  in_a_thread([] {
+    support::write_file(kSystemFile, "NAME=old\n");
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "old");
+    support::write_file(kSystemFile, "NAME=new\n");
+    void *const list = list_of_the_library();
+    ASSERT_NE(list, nullptr);
+    tlsRCSDealloc(list);
+    EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "new");
+  });
+}
+
 TEST_F(ReadRCS, ServesManyThreadsFromTheFirstCallOn) {
   support::write_file(kSystemFile, "NAME=x\n");
   std::vector<std::thread> threads;

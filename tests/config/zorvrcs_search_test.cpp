@@ -1,4 +1,5 @@
 // Which settings files are read, in which order, and what happens when there are none.
+#include <nss.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -63,6 +64,29 @@ TEST_F(SettingsSearch, ReadsTheUsersFileAfterTheSystemFile) {
   support::write_file(kUserFile, "B=user\nC=\nD=$A\n");
   EXPECT_EQ(loaded(), Entries({nonprivileged("A", "system"), nonprivileged("B", "user"),
                                nonprivileged("D", "system")}));
+}
+
+// The user's line of the private user database with another home, or none at all.
+void know_user(const std::string &home) {
+  const std::string id = std::to_string(::getuid());
+  support::write_file("/etc/passwd", home.empty() ? "" : "user:x:" + id + ":0::" + home + ":/bin/sh\n");
+}
+
+TEST_F(SettingsSearch, FindsTheUsersFileAlsoInAHomeWrittenWithASlashAtTheEnd) {
+  const std::string users = support::read_file("/etc/passwd");
+  know_user(std::string(support::kPrivateHome) + "/");
+  support::write_file(kUserFile, "A=user\n");
+  EXPECT_EQ(loaded(), Entries({nonprivileged("A", "user")}));
+  support::write_file("/etc/passwd", users);
+}
+
+TEST_F(SettingsSearch, ReadsNoUsersFileForAUserThatTheSystemDoesNotKnow) {
+  ASSERT_EQ(__nss_configure_lookup("passwd", "files"), 0);
+  const std::string users = support::read_file("/etc/passwd");
+  know_user("");
+  support::write_file(kUserFile, "A=user\n");
+  EXPECT_EQ(loaded(), Entries({}));
+  support::write_file("/etc/passwd", users);
 }
 
 TEST_F(SettingsSearch, IgnoresThePrivilegedSectionOfTheUsersFile) {

@@ -146,6 +146,22 @@ TEST(CompareString, MapsLettersThroughTheUpperCaseTableOfTheLocale) {
   }
 }
 
+TEST(CompareString, FollowsTheLocaleInEveryPartOfALongText) {
+  for (const char *name : {"en_US.ISO-8859-1", "tr_TR.ISO-8859-9"}) {
+    const support::Locale locale(name);
+    ASSERT_TRUE(locale.in_force()) << name;
+    for (std::size_t at = 0; at < 50; ++at) {
+      std::string lower(50, 'a');
+      std::string upper(50, 'A');
+      lower[at] = '\xE9';
+      upper[at] = '\xC9';
+      EXPECT_EQ(ZfxCompareNoCase(lower.c_str(), upper.c_str()), 0) << name << ' ' << at;
+      upper[at] = '\xC8';
+      EXPECT_EQ(ZfxCompareNoCase(lower.c_str(), upper.c_str()), 1) << name << ' ' << at;
+    }
+  }
+}
+
 TEST(CompareString, AgreesWithThePlainRulesOnEveryPairOfBytesInEveryLocale) {
   for (const char *name : {"C", "en_US.ISO-8859-1", "tr_TR.ISO-8859-9", "fr_FR.UTF-8"}) {
     const support::Locale locale(name);

@@ -524,6 +524,15 @@ TEST(StrbufTrim, LetsWhatIsAppendedAtTheOldEndStayInsideTheBlock) {
   EXPECT_EQ(std::string(buffer->data), "abc");
 }
 
+TEST(StrbufFormat, TakesANullFormatForAnEmptyText) {
+  const Buffer buffer = make(16, "abc");
+  const char *const no_format = nullptr;
+  EXPECT_EQ(strbuf_append_format(buffer.get(), no_format), 0);
+  EXPECT_STREQ(strbuf_get(buffer.get()), "abc");
+  EXPECT_EQ(strbuf_format(buffer.get(), no_format), 0);
+  EXPECT_STREQ(strbuf_get(buffer.get()), "");
+}
+
 TEST(Strbuf, AcceptsNullHandlesEverywhere) {
   strbuf_destroy(nullptr);
   strbuf_clear(nullptr);

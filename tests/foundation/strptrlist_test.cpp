@@ -65,6 +65,13 @@ TEST(StrptrlistEnsuresize, RefusesWhatNoMemoryHoldsAndLeavesTheListAlone) {
   EXPECT_EQ(strptrlist_ensuresize(nullptr, 1), -1);
 }
 
+TEST(StrptrlistAdd, RefusesWithoutAList) {
+  EXPECT_EQ(strptrlist_add(nullptr, "x"), -1);
+  EXPECT_EQ(strptrlist_ladd(nullptr, "x", 1), -1);
+  EXPECT_EQ(strptrlist_add_sorted(nullptr, "x"), -1);
+  EXPECT_EQ(strptrlist_find_sorted(nullptr, "x"), -1);
+}
+
 TEST(StrptrlistAdd, GrowsAsSoonAsTheNewCountReachesTheCapacity) {
   const List list = make();
   for (int i = 1; i <= 96; ++i) {

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -109,6 +110,12 @@ TEST(ZfxStatFile, CountsASocketWithTheFifos) {
   ::chmod(address.sun_path, 0600);
   EXPECT_EQ(flags_of(address.sun_path), ZFX_FILE_PIPE);
   ::close(socket);
+}
+
+TEST(ZfxStatFile, TellsNoKindOfWhatHasNoneOfThem) {
+  const int event = ::eventfd(0, EFD_CLOEXEC);
+  EXPECT_EQ(flags_of("/proc/self/fd/" + std::to_string(event)) & ~ZFX_FILE_EXECUTABLE, 0U);
+  ::close(event);
 }
 
 TEST(ZfxStatFile, CountsABlockDeviceWithTheCharacterDevices) {

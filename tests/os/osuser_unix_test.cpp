@@ -4,10 +4,28 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <string>
 
 #include "user_database.hpp"
+
+namespace {
+
+bool no_area_suffices = false;
+
+}  // namespace
+
+// Takes the place of the system's for the library, too.
+extern "C" int getpwuid_r(uid_t /*id*/, passwd *entry, char *area, size_t size, passwd **found) {
+  *found = nullptr;
+  if (no_area_suffices) return ERANGE;
+  std::FILE *users = std::fopen("/etc/passwd", "r");
+  const int error = ::fgetpwent_r(users, entry, area, size, found);
+  std::fclose(users);
+  return error == ENOENT ? 0 : error;
+}
 
 namespace {
 
@@ -47,6 +65,16 @@ TEST_F(ZfxGetOSUserTest, FailsWithoutAMessageForAUserWhomTheDatabaseDoesNotKnow)
   EXPECT_EQ(std::string(user, sizeof user), std::string(7, '\0'));
   EXPECT_STREQ(second, "");
   EXPECT_STREQ(message, "same");
+}
+
+TEST_F(ZfxGetOSUserTest, GivesUpOnAnEntryThatNoAreaHolds) {
+  know_user_as("somebody");
+  no_area_suffices = true;
+  char user[] = "before";
+  EXPECT_EQ(ZfxGetOSUser(user, sizeof user, nullptr, 0, nullptr, 0), -1);
+  EXPECT_EQ(errno, ENOMEM);
+  EXPECT_STREQ(user, "");
+  no_area_suffices = false;
 }
 
 TEST(ZfxGetOSUser, SaysWhichArgumentsAreInvalid) {
