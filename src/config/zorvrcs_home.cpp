@@ -56,10 +56,10 @@ Folder folder_of_relative(std::string_view name) {
   const std::size_t slash = name.rfind('/');
   if (slash == std::string_view::npos) return Folder();
   std::string_view remainder(name.data(), slash + 1);
-  while (remainder.size() > 1 && remainder[remainder.size() - 2] == '/') {
+  while (remainder.ends_with("//")) {
     remainder.remove_suffix(1);
   }
-  if (remainder.size() > 1 && remainder[0] == '.' && remainder[1] == '/') remainder = {};
+  if (remainder[0] == '.' && remainder[1] == '/') remainder = {};  // a slash ends it, so a dot is not all
   Folder folder = current_folder();
   if (!folder.empty()) folder.append('/');
   return folder.append(remainder);

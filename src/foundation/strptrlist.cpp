@@ -112,10 +112,8 @@ Probe narrowed_down(const strptrlist &list, const char *text) {
     if (order == 0) return {middle, true};
     if (order > 0) {
       low = std::min(middle + 1, last);
-    } else if (middle == 0) {
-      return {(low + 1) / 2, false};
     } else {
-      high = middle - 1;
+      high = middle - 1;  // the middle is never the first
     }
     middle = (low + high + 1) / 2;
   }
