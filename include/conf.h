@@ -103,9 +103,9 @@ ZFX_API int32_t Config_SetEntry(ConfigSection *section, const char *key, const c
  * so a value relative to it names nothing that can be opened.
  *
  * Files whose names end in ".conf" in any case are read in the order in which the folder lists them; one that
- * cannot be read, or is not a regular file, is passed over. A section that the configuration does not have is added as a whole at the
- * end. Of any other section (the unnamed one included) the entries replace the values of entries with the
- * same key; an entry with a new key is not added.
+ * cannot be read, or is not a regular file, is passed over. A section that the configuration does not have is
+ * added as a whole at the end. Of any other section (the unnamed one included) the entries replace the values
+ * of entries with the same key; an entry with a new key is not added.
  */
 ZFX_API int32_t Config_DirOpen(Config *config, const char *section_name, const char *key_name);
 
