@@ -12,6 +12,9 @@ namespace zorvcrt {
 
 using ByteBlock = __m128i;
 
+/// A bit for each byte of a block.
+inline constexpr unsigned kAllBytes = 0xFFFF;
+
 inline ByteBlock load_block(const char *text) {
   ByteBlock block;
   std::memcpy(&block, text, sizeof block);
