@@ -50,10 +50,13 @@ std::string encoded(const std::string &bytes) {
   return text.substr(0, count);
 }
 
-std::string decoded(const std::string &text) {
+// The block ends where the text does: with its last character, or with the terminator when the length is
+// larger.
+std::string decoded(const std::string &text, bool is_terminated = false) {
   void *out = nullptr;
-  const auto copy = fuzz::exact_copy(text);
-  const uint32_t count = ZfxBase64Decode(copy.get(), static_cast<uint32_t>(text.size()), &out);
+  const auto copy = fuzz::exact_copy(text.c_str(), text.size() + (is_terminated ? 1 : 0));
+  const auto limit = static_cast<uint32_t>(text.size() * (is_terminated ? 2 : 1));
+  const uint32_t count = ZfxBase64Decode(copy.get(), limit, &out);
   const std::string bytes(static_cast<char *>(out), count + 1);
   ZfxMemFree(out);
   fuzz::check_equal(bytes.back(), '\0', "byte behind the block");
@@ -65,6 +68,8 @@ std::string decoded(const std::string &text) {
 int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   const std::string input(reinterpret_cast<const char *>(data), size);
   fuzz::check_equal(decoded(input), plain_decoded(input), "decoded text");
+  const std::string terminated = fuzz::c_text(input);
+  fuzz::check_equal(decoded(terminated, true), plain_decoded(terminated), "decoded text up to its end");
   const std::string text = encoded(input);
   fuzz::check_equal(text, plain_encoded(input), "encoded bytes");
   fuzz::check_equal(decoded(text), input, "encoded and decoded bytes");
