@@ -1,6 +1,7 @@
 #include "conf.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <strings.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -200,6 +201,27 @@ TEST_F(ConfTest, KeepsAllOfALargeFileThatIsMerged) {
   EXPECT_EQ(value_of(config, "New", "key0"), "value 0");
   EXPECT_EQ(value_of(config, "New", "key2500"), "value 2500");
   EXPECT_EQ(value_of(config, "New", "key4999"), "value 4999");
+}
+
+TEST_F(ConfTest, GivesBackAllItsMemory) {
+  std::string text = "[Section]\n";
+  for (int i = 0; i < 1000; ++i) {
+    text += "key" + std::to_string(i) + "=value\n";
+  }
+  const auto use = [&] {
+    const Configuration config = open(text);
+    EXPECT_EQ(
+        Config_SetEntry(Config_GetSection(config.get(), "Section"), "key1", std::string(5000, 'x').c_str()),
+        0);
+  };
+  for (int round = 0; round < 5; ++round) {
+    use();  // the heap settles
+  }
+  const std::size_t before = ::mallinfo2().uordblks;
+  for (int round = 0; round < 5; ++round) {
+    use();
+  }
+  EXPECT_LT(::mallinfo2().uordblks, before + 5000) << "what the rounds leave is more than one value";
 }
 
 TEST_F(ConfTest, MergesASecondSectionOfTheSameNewNameAsOverridesOnly) {
