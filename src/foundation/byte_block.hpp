@@ -21,8 +21,6 @@ inline ByteBlock load_block(const char *text) {
   return block;
 }
 
-inline constexpr unsigned kAllBytes = 0xFFFF;
-
 /// One bit for each byte at which two blocks are the same.
 inline unsigned equal_bytes(ByteBlock a, ByteBlock b) {
   return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(a, b)));

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 #include "failing_calls.hpp"
@@ -89,6 +90,33 @@ TEST_F(JsonRefused, ScansOnBehindAnInterruptedReadOfAStream) {
 
 TEST_F(JsonRefused, HasReadTheFileEvenIfItCannotBeClosedWell) {
   EXPECT_TRUE(parse(4, 0, 0).returned);
+}
+
+// Lists of more items than a parser keeps in place are kept in pages, which grow.
+TEST(JsonWithoutPages, SaysThatMemoryIsExhausted) {
+  std::string text = "[0";
+  for (int i = 1; i < 20000; ++i)
+    text += ",0";
+  text += "]";
+  const auto length = static_cast<int32_t>(text.size());
+  std::size_t failures = 0;
+  for (std::size_t first = 1;; ++first) {
+    support::FailingCalls failing(first, 0, false);
+    ZJsonExpression *document = ZJsonExpression_Parse(text.data(), length);
+    const bool failed = failing.stop();
+    ASSERT_NE(document, nullptr);
+    EXPECT_EQ(document->root == nullptr, failed) << first;
+    if (failed) {
+      EXPECT_NE(std::strstr(document->errorMessage, "memory exhausted"), nullptr);
+    } else {
+      EXPECT_EQ(document->root->array->count, 20000);
+    }
+    ZJsonExpression_Delete(document);
+    if (!failed) break;
+    EXPECT_EQ(failing.error(), ENOMEM);
+    ++failures;
+  }
+  EXPECT_GE(failures, 2U);
 }
 
 }  // namespace

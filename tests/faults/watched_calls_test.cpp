@@ -26,6 +26,7 @@ const std::set<std::string> kPure = {
 
 // Nothing depends on whether these succeed, or they cannot fail for the arguments that they are given.
 const std::set<std::string> kWithoutConsequence = {"flockfile",
+                                                   "munmap",
                                                    "funlockfile",
                                                    "fputc",
                                                    "fprintf",

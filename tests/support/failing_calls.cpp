@@ -7,6 +7,7 @@
 #include <netdb.h>
 #include <pthread.h>
 #include <pwd.h>
+#include <sys/mman.h>
 #include <sys/random.h>
 #include <sys/select.h>
 #include <sys/socket.h>
@@ -74,6 +75,8 @@ constexpr Watched kWatched[] = {
     {"lstat", {EACCES, EIO, ELOOP}},
     {"mkdir", {EACCES, ENOSPC, EROFS}},
     {"mktime", {EOVERFLOW}},
+    {"mmap", {ENOMEM}},
+    {"mremap", {ENOMEM}},
     {"open", {EMFILE, EACCES, EINTR, ENFILE, EIO}},
     {"openat", {EMFILE, EACCES, EINTR}},
     {"opendir", {EMFILE, EACCES}},
@@ -391,6 +394,16 @@ int mkdir(const char *path, mode_t mode) noexcept {
 
 time_t mktime(tm *record) noexcept {
   return call("mktime", time_t{-1}, record);
+}
+
+void *mmap(void *address, std::size_t size, int protection, int flags, int descriptor,
+           off_t offset) noexcept {
+  return call("mmap", MAP_FAILED, address, size, protection, flags, descriptor, offset);
+}
+
+// No caller in the library gives the place that a fixed move would need.
+void *mremap(void *address, std::size_t size, std::size_t new_size, int flags, ...) noexcept {
+  return call("mremap", MAP_FAILED, address, size, new_size, flags);
 }
 
 int open(const char *path, int flags, ...) {
