@@ -30,13 +30,13 @@ int32_t ZfxNextToken(const char *string, char delimiter, char *out, int32_t size
   if (string == nullptr) string = "";
   const std::size_t start = start_offset(string, position);
   const std::size_t room = room_in(out, size);
-  const char *const field = string + start;
   zorvcrt::copy_text(out, size, "");
   // At the largest offset that can be told, too, there is no going on: the next call would begin here again.
-  if (*field == '\0' || start == INT32_MAX) {
+  if (start == INT32_MAX || string[start] == '\0') {
     store_offset(position, start);
     return 0;
   }
+  const char *const field = string + start;
 
   // The field is read on while nothing of it would show: an empty field is joined with the one behind it.
   std::size_t length = 0;

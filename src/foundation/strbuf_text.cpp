@@ -122,7 +122,7 @@ bool lies_in_block(const Text &buffer, const char *text) {
 
 char *append_text(Text &buffer, const char *text, int32_t n) {
   if (buffer.length == 0) return set_text(buffer, text, n);
-  const bool own = lies_in_block(buffer, text);
+  const bool own = text != nullptr && lies_in_block(buffer, text);
   const int64_t offset = own ? text - buffer.data : 0;
   if (!make_room(buffer, n, text == nullptr ? 0 : n)) return nullptr;
   return write_at_end(buffer, own ? buffer.data + offset : text, n);

@@ -78,7 +78,7 @@ TEST(Terminal, SeesHowFarLongWorkIs) {
 }
 
 TEST(Terminal, SeesNoProgressBetweenTheOutput) {
-  const std::string seen = seen_on_terminal(std::string(kSlowInput) + "$zorvcrt base64");
+  const std::string seen = seen_on_terminal(std::string(kSlowInput).append("$zorvcrt base64"));
   EXPECT_EQ(seen, "WzEsMl0=\r\n");
 }
 
