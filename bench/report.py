@@ -85,9 +85,10 @@ class Group:
         measured = self._measured(name)
         if self.measure == "growth":
             return {who: self._growth(name, who) for who in measured if self._growth(name, who)}
-        if self.peer not in measured:
+        base = self._measured(self.rules.get("peer_input", name)).get(self.peer)
+        if base is None:
             return {}
-        base = measured[self.peer].median
+        base = base.median
         inverse = self.measure == "throughput"
         return {who: base / one.median if inverse else one.median / base for who, one in measured.items()}
 
@@ -160,7 +161,8 @@ class Group:
             return f"time per unit, {next(iter(self.inputs))} = 1; shorter is better"
         if self.measure == "throughput":
             return f"throughput, {self.peer} = 1; longer is better"
-        return f"time, {self.peer} = 1; shorter is better"
+        peer = ", ".join(name for name in (self.peer, self.rules.get("peer_input")) if name)
+        return f"time, {peer} = 1; shorter is better"
 
 
 def number(ratio):

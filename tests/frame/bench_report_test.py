@@ -47,6 +47,11 @@ class MeasuredSpeed(unittest.TestCase):
         group = group_of(inputs_of(zorvcrt=[1, 50, 2000], peer=[90, 100, 110]), peer="peer")
         self.assertEqual(group.ratios["x"], {"zorvcrt": 0.5, "peer": 1.0})
 
+    def test_one_input_of_the_peer_may_stand_for_all(self):
+        inputs = {"small": inputs_of(zorvcrt=[10], peer=[20])["x"], "large": inputs_of(zorvcrt=[40], peer=[90])["x"]}
+        group = group_of(inputs, peer="peer", peer_input="small")
+        self.assertEqual([group.ratios[name]["zorvcrt"] for name in inputs], [0.5, 2.0])
+
     def test_throughput_is_the_inverse_of_time(self):
         group = group_of(inputs_of(zorvcrt=[50], peer=[100]), peer="peer", measure="throughput")
         self.assertEqual(group.ratios["x"]["zorvcrt"], 2.0)
