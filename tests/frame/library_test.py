@@ -276,7 +276,7 @@ class Installation(unittest.TestCase):
                 continue
             content = (self.prefix / path).read_bytes()
             for folder in (SOURCE, BINARY, self.folder):
-                self.assertNotIn(f"{folder}/".encode(), content, path)
+                self.assertFalse(f"{folder}/".encode() in content, f"{path} names {folder}")
 
     @staticmethod
     def files(prefix):
