@@ -524,6 +524,21 @@ TEST(StrbufTrim, LetsWhatIsAppendedAtTheOldEndStayInsideTheBlock) {
   EXPECT_EQ(std::string(buffer->data), "abc");
 }
 
+TEST(StrbufTrim, KeepsTheEndInsideTheBlockWhateverIsAppendedThere) {
+  const std::string appended(40, 'x');
+  for (int32_t step = 1; step <= 40; ++step) {
+    for (int32_t blanks = 0; blanks < step; ++blanks) {
+      for (int32_t n = 1; n <= step; ++n) {
+        const Buffer buffer = make(step, (std::string(static_cast<std::size_t>(blanks), ' ') + "a").c_str());
+        strbuf_trim(buffer.get());
+        strbuf_append(buffer.get(), appended.c_str(), n);
+        ASSERT_LT(static_cast<std::size_t>(buffer->end - buffer->data), malloc_usable_size(buffer->data));
+        ASSERT_EQ(*buffer->end, '\0') << step << ' ' << blanks << ' ' << n;
+      }
+    }
+  }
+}
+
 TEST(StrbufFormat, TakesANullFormatForAnEmptyText) {
   const Buffer buffer = make(16, "abc");
   const char *const no_format = nullptr;
