@@ -36,19 +36,23 @@ need() {
     fail "could not install ${missing[*]}"
 }
 
-# build PRESET [CMAKE_OPTION...]: configures when there is something to configure, and builds what changed.
-build() {
-  local preset=$1 log
-  shift
-  step "Building ($preset)"
+# configure PRESET [CMAKE_OPTION...]: says something only when it goes wrong.
+configure() {
+  local log
   log=$(mktemp)
-  cmake --preset "$preset" "$@" >"$log" 2>&1 || {
+  cmake --preset "$@" >"$log" 2>&1 || {
     cat "$log"
     rm -f "$log"
-    fail "configuring the $preset build failed"
+    fail "configuring the $1 build failed"
   }
   rm -f "$log"
-  cmake --build --preset "$preset" -- --quiet || fail "the $preset build failed"
+}
+
+# build PRESET [CMAKE_OPTION...]: configures when there is something to configure, and builds what changed.
+build() {
+  step "Building ($1)"
+  configure "$@"
+  cmake --build --preset "$1" -- --quiet || fail "the $1 build failed"
 }
 
 # run_tests LABEL COMMAND...: runs a ctest command, shows what failed or was skipped, and adds up the counts.
