@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <optional>
@@ -351,25 +352,25 @@ TEST_F(ReadRCS, ReleasesACallersListWithoutTouchingTheLibrarysOwn) {
   });
 }
 
-// The list under the library's own key, whose number nobody is told.
-void *list_of_the_library() {
-  for (uint32_t key = 0; key < 1024; ++key) {
-    const void *value = ZfxGetTLSValue(key);
-    if (value != nullptr && std::string_view(static_cast<const char *>(value)).starts_with("NAME=")) {
-      return ZfxGetTLSValue(key);
-    }
+std::vector<void *> thread_local_values() {
+  std::vector<void *> values(1024);
+  for (uint32_t key = 0; key < values.size(); ++key) {
+    values[key] = ZfxGetTLSValue(key);
   }
-  return nullptr;
+  return values;
 }
 
 TEST_F(ReadRCS, ForgetsTheLibrarysOwnListWhenThatIsReleased) {
   in_a_thread([] {
     support::write_file(kSystemFile, "NAME=old\n");
+    const std::vector<void *> before = thread_local_values();
     EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "old");
     support::write_file(kSystemFile, "NAME=new\n");
-    void *const list = list_of_the_library();
-    ASSERT_NE(list, nullptr);
-    tlsRCSDealloc(list);
+    // The list is under the library's own key, whose number nobody is told.
+    const std::vector<void *> after = thread_local_values();
+    const auto list = std::mismatch(after.begin(), after.end(), before.begin()).first;
+    ASSERT_NE(list, after.end());
+    tlsRCSDealloc(*list);
     EXPECT_EQ(owned(ZfxReadRCS("NAME", 7)), "new");
   });
 }
