@@ -152,6 +152,21 @@ void make_simple_object(Fault &fault) {
   EXPECT_NE(ZJsonObject_GetMember(object.get(), "more"), nullptr);
 }
 
+// One member more than there is room for at first.
+void make_longer_simple_object(Fault &fault) {
+  const Object object(fault.during([] {
+    return ZJsonObject_NewSimple(ZJSON_NULL, "a", ZJSON_NULL, "b", ZJSON_NULL, "c", ZJSON_NULL, "d",
+                                 ZJSON_NULL, "e", ZJSON_NULL, "f", ZJSON_NULL, "g", ZJSON_NULL, "h",
+                                 ZJSON_NULL, "i", ZJSON_NULL, "j", ZJSON_NULL, "k", ZJSON_END);
+  }));
+  if (!fault.struck()) {
+    EXPECT_EQ(object->count, 11);
+  }
+  if (object == nullptr) return;
+  ZJsonObject_Append(object.get(), ZJsonMember_New("more", nullptr));
+  EXPECT_NE(ZJsonObject_GetMember(object.get(), "more"), nullptr);
+}
+
 // Appends until the vector has to grow, at the end under the failure.
 void append_item(Fault &fault) {
   const Array array(ZJsonArray_New());
@@ -310,6 +325,17 @@ void print_behind_text(Fault &fault) {
 
 void print_deep_value(Fault &fault) {
   print_by(fault, print_value, deep_document(), nullptr);
+}
+
+// The text outgrows what the printer has in place, and the block after that.
+void print_long_behind_text(Fault &fault) {
+  std::string source = "[0";
+  for (int i = 1; i < 10000; ++i) {
+    source += ",0";
+  }
+  source += "]";
+  const Document document(ZJsonExpression_Parse(source.data(), static_cast<int32_t>(source.size())));
+  print_by(fault, print_value, document, "before ");
 }
 
 void print_an_object(Fault &fault) {
@@ -476,6 +502,7 @@ constexpr FaultedCall kFaulted[] = {
     {"ZJsonObject_Clone", "Nested", clone_object},
     {"ZJsonObject_New", "Empty", make<ZJsonObject_New, ZJsonObject_Delete>},
     {"ZJsonObject_NewSimple", "AllTypes", make_simple_object},
+    {"ZJsonObject_NewSimple", "ElevenMembers", make_longer_simple_object},
     {"ZJsonObject_Replace", "AbsentMember", replace_absent_member},
     {"ZJsonObject_ToString", "Pretty", print_an_object},
     {"ZJsonValue_Clone", "Nested", clone_value},
@@ -492,6 +519,7 @@ constexpr FaultedCall kFaulted[] = {
     {"ZJsonValue_NewStringL", "Plain", make<new_part_of_string, ZJsonValue_Delete>},
     {"ZJsonValue_ToString", "BehindAText", print_behind_text},
     {"ZJsonValue_ToString", "Deep", print_deep_value},
+    {"ZJsonValue_ToString", "LongBehindAText", print_long_behind_text},
     {"zjson_error", "First", report_error},
     {"zjson_parse", "Scanner", parse_scanner},
     {"zjson_str_escape", "WithATab", escape_text},
