@@ -17,9 +17,13 @@
 
 ZFX_BEGIN_DECLS
 
-/** The list, to be read and not to be written. */
+/**
+ * The list, to be read and not to be written. Lists are made by strptrlist_new() only, which puts more than
+ * these fields into their block: a record that a host makes or copies is no list.
+ */
 typedef struct strptrlist {
-  char **items;      /**< the texts, owned by the list; slots beyond count have no meaning */
+  char **items;      /**< the texts, owned by the list, in a block that may begin in front of them; slots
+                        beyond count have no meaning */
   uint64_t count;    /**< slots in use */
   uint64_t capacity; /**< slots allocated, 32 at first */
 } strptrlist;

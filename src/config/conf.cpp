@@ -18,8 +18,8 @@ using zorvcrt::Section;
 
 constexpr int32_t kTokenArea = 2048;
 
-// The next field that is not empty. What stands in front of it the tokenizer would hand out joined with it,
-// or when it is longer than a token in its place.
+// The next field that is not empty. The tokenizer would hand it out joined with what stands in front of it,
+// and where that alone is longer than a token, without the field.
 const char *without_empty_fields(const char *text, char separator) {
   while (*text != '\0' && (*text == separator || zorvcrt::is_space(*text))) {
     ++text;
