@@ -37,6 +37,10 @@ int32_t length_within(const Text &buffer, const char *text, int32_t n) {
 
 // Kept out of line so that strbuf_append() needs no stack frame for its usual case.
 [[gnu::noinline]] char *append_any(Text &buffer, const char *text, int32_t n) {
+  if (n > 0 && buffer.length > 0 && text != nullptr && !zorvcrt::lies_in_block(buffer, text) &&
+      zorvcrt::grow_in_block(buffer, n)) {
+    return zorvcrt::write_at_end(buffer, text, n);
+  }
   return append_text(buffer, text, length_within(buffer, text, n));
 }
 

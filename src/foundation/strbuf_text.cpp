@@ -9,12 +9,6 @@ namespace zorvcrt {
 
 namespace {
 
-// The next whole number of steps above n.
-int64_t capacity_above(uint32_t n, int32_t step) {
-  const auto width = static_cast<uint32_t>(step);
-  return (int64_t{n / width} + 1) * step;
-}
-
 // A zero-filled block of at least size bytes.
 UniqueBlock<char> __strbuf_alloc_string(int64_t size) {
   return UniqueBlock<char>(static_cast<char *>(ZfxMemAlloc(bytes(rounded_up(size)))));

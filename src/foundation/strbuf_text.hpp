@@ -60,8 +60,32 @@ char *append_text(Text &buffer, const char *text, int32_t n);
 
 bool lies_in_block(const Text &buffer, const char *text);
 
+/// The capacity for length bytes: the next whole number of steps above them.
+inline int64_t capacity_above(uint32_t length, int32_t step) {
+  const auto width = static_cast<uint32_t>(step);
+  // Most steps are powers of two, and a division takes as long as all the rest of a short append.
+  if ((width & (width - 1)) == 0) return int64_t{length & ~(width - 1)} + step;
+  return (int64_t{length / width} + 1) * step;
+}
+
+/// Whether n more bytes fit behind the end of the text without growing.
 inline bool has_room_at_end(const Text &buffer, int32_t n) {
   return buffer.capacity - buffer.length > n && buffer.end - buffer.data + n < buffer.block_size;
+}
+
+/// Grows for n bytes that are about to be written, where the block reaches that far already: a third of the
+/// time of make_room(), which is felt where steps are short. Otherwise nothing changes.
+inline bool grow_in_block(Text &buffer, int32_t n) {
+  constexpr int64_t kCleared = 32;  // at once, rather than by a call of memset()
+  constexpr int64_t kLongestFree = kCleared - 4;
+  const int64_t kept = int64_t{buffer.length} + n;
+  const int64_t capacity = capacity_above(static_cast<uint32_t>(kept + 1), buffer.step);
+  if (kept < buffer.capacity || capacity > INT32_MAX) return false;
+  if (capacity - kept > kLongestFree || kept + kCleared > buffer.block_size) return false;
+  buffer.end = buffer.data + buffer.length;
+  buffer.capacity = static_cast<int32_t>(capacity);
+  std::memset(buffer.data + kept, 0, kCleared);
+  return true;
 }
 
 /// Copies up to two words, which may overlap, by loads that meet in the middle.
@@ -76,14 +100,17 @@ char *copy_ends(char *to, const char *from, std::size_t n) {
   return to;
 }
 
-/// The few bytes of a short piece without a call: appending single bytes would take half as long again.
+/// The few bytes of a short piece without a call, single ones without a jump: with them appending bytes one
+/// by one would take twice as long.
 inline char *copy_piece(char *to, const char *from, std::size_t n) {
+  if (n < sizeof(uint32_t)) [[likely]] {
+    if (n > 1) [[unlikely]]
+      return copy_ends<uint16_t>(to, from, n);
+    if (n > 0) *to = *from;
+    return to;
+  }
   if (n > 2 * sizeof(uint64_t)) return static_cast<char *>(std::memmove(to, from, n));
-  if (n >= sizeof(uint64_t)) return copy_ends<uint64_t>(to, from, n);
-  if (n >= sizeof(uint32_t)) return copy_ends<uint32_t>(to, from, n);
-  if (n >= sizeof(uint16_t)) return copy_ends<uint16_t>(to, from, n);
-  if (n == 1) *to = *from;
-  return to;
+  return n >= sizeof(uint64_t) ? copy_ends<uint64_t>(to, from, n) : copy_ends<uint32_t>(to, from, n);
 }
 
 inline char *write_at_end(Text &buffer, const char *text, int32_t n) {
