@@ -104,8 +104,9 @@ char *copy_ends(char *to, const char *from, std::size_t n) {
 /// by one would take twice as long.
 inline char *copy_piece(char *to, const char *from, std::size_t n) {
   if (n < sizeof(uint32_t)) [[likely]] {
-    if (n > 1) [[unlikely]]
+    if (n > 1) [[unlikely]] {
       return copy_ends<uint16_t>(to, from, n);
+    }
     if (n > 0) *to = *from;
     return to;
   }
