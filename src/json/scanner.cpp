@@ -23,21 +23,6 @@ std::size_t waiting(const zjson_buffer &buffer) {
   return static_cast<std::size_t>(buffer.limit - buffer.cursor);
 }
 
-std::size_t read_block(FILE *stream, char *area, std::size_t size) {
-  if (stream == nullptr) return 0;
-  errno = 0;
-  for (;;) {
-    const std::size_t count = std::fread(area, 1, size, stream);
-    if (std::ferror(stream) == 0) return count;
-    // An interruption behind some bytes must not be taken for a failure at the next read.
-    const bool is_interrupted = errno == EINTR;
-    if (is_interrupted) std::clearerr(stream);
-    if (count != 0) return count;
-    if (!is_interrupted) end_process("input in flex scanner failed");
-    errno = 0;
-  }
-}
-
 void double_space(zjson_buffer &buffer) {
   if (buffer.size > INT32_MAX / 2) end_process("fatal error - scanner input buffer overflow");
   auto *area = static_cast<char *>(std::realloc(buffer.area, 2 * static_cast<std::size_t>(buffer.size) + 2));
@@ -59,7 +44,7 @@ void read_one_more(zjson_scanner &scanner, zjson_buffer &buffer) {
     double_space(buffer);
   }
   const std::size_t room = static_cast<std::size_t>(buffer.size) - waiting(buffer) - 1;
-  const std::size_t count = read_block(scanner.in, buffer.limit, std::min(room, kReadBlock));
+  const std::size_t count = read_block(scanner.in, buffer.limit, room);
   buffer.limit += count;
   buffer.has_ended = count == 0;
 }
@@ -82,6 +67,21 @@ void store_value(const Token &token, ZJsonSymbolValue &value) {
 void end_process(const char *message) {
   std::fprintf(stderr, "%s\n", message);
   std::exit(kFailureStatus);
+}
+
+std::size_t read_block(FILE *stream, char *area, std::size_t size) {
+  if (stream == nullptr) return 0;
+  errno = 0;
+  for (;;) {
+    const std::size_t count = std::fread(area, 1, std::min(size, kReadBlock), stream);
+    if (std::ferror(stream) == 0) return count;
+    // An interruption behind some bytes must not be taken for a failure at the next read.
+    const bool is_interrupted = errno == EINTR;
+    if (is_interrupted) std::clearerr(stream);
+    if (count != 0) return count;
+    if (!is_interrupted) end_process("input in flex scanner failed");
+    errno = 0;
+  }
 }
 
 void restore_text(zjson_scanner &scanner) {

@@ -58,6 +58,10 @@ void restore_text(zjson_scanner &scanner);
 /// Lets the text of the last token, which ends at the buffer's cursor, be seen, terminated.
 void expose_text(zjson_scanner &scanner, const zjson_buffer &buffer, const Token &token);
 
+/// Reads up to a block of at most the given size. Gives the number of bytes; 0 at the end of the stream and
+/// for a null stream. A stream that cannot be read ends the process.
+std::size_t read_block(FILE *stream, char *area, std::size_t size);
+
 /// Gets more bytes behind those that wait, at least doubling them; at the end of the stream the buffer says
 /// so.
 void read_more(zjson_scanner &scanner, zjson_buffer &buffer);

@@ -1,7 +1,11 @@
 // The ways into the parser: a text, a stream, a file.
 #include "zjsondriver.h"
 
+#include <sys/stat.h>
+
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <string_view>
 
@@ -9,6 +13,7 @@
 #include "handles.hpp"
 #include "parser.hpp"
 #include "quick_parser.hpp"
+#include "quick_scan.hpp"
 
 namespace {
 
@@ -52,9 +57,61 @@ void report_exhaustion(std::string_view text, const char *at, ZJsonExpression *&
   zjson_error(&place, &document, nullptr, "memory exhausted");
 }
 
-bool is_trimmed(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\0';
+ZJsonExpression *parse_text(std::string_view text) {
+  const char *limit = text.data() + text.size();
+  while (limit != text.data() && zorvcrt::is_json_space(limit[-1])) {
+    --limit;
+  }
+  ZJsonExpression *document = nullptr;
+  const char *at = nullptr;
+  // A trace shows steps that the quick parser does not take.
+  const bool is_traced = __atomic_load_n(&zjson_debug, __ATOMIC_RELAXED) != 0;
+  switch (is_traced ? QuickOutcome::kLeft : zorvcrt::parse_quickly(text.data(), limit, document, at)) {
+    case QuickOutcome::kParsed:
+      break;
+    case QuickOutcome::kExhausted:
+      report_exhaustion(text, at, document);
+      break;
+    case QuickOutcome::kLeft:
+      parse_by_tokens(text, document);
+      break;
+  }
+  return document;
 }
+
+bool is_trimmed(char c) {
+  return zorvcrt::is_json_space(c) || c == '\0';
+}
+
+// What a file holds, read before it is parsed: that takes a half to two thirds of the time of parsing it
+// block by block.
+class WholeFile {
+ public:
+  // Nothing of what is no regular file or a very large one, and of one that grows; it then stands at its
+  // beginning.
+  explicit WholeFile(FILE *file) {
+    constexpr off_t kLargest = off_t{64} << 20;
+    struct stat status;
+    const bool is_regular = ::fstat(::fileno(file), &status) == 0 && S_ISREG(status.st_mode);
+    if (!is_regular || status.st_size > kLargest) return;
+    const auto room = static_cast<std::size_t>(status.st_size) + 1;
+    bytes_.reset(static_cast<char *>(std::malloc(room)));
+    if (!bytes_) return;
+    while (const std::size_t count = zorvcrt::read_block(file, bytes_.get() + size_, room - size_)) {
+      size_ += count;
+    }
+    if (size_ < room) return;
+    bytes_.reset();
+    std::rewind(file);
+  }
+
+  [[nodiscard]] bool is_there() const { return bytes_ != nullptr; }
+  [[nodiscard]] std::string_view text() const { return {bytes_.get(), size_}; }
+
+ private:
+  zorvcrt::UniqueMalloc<char> bytes_;
+  std::size_t size_ = 0;
+};
 
 }  // namespace
 
@@ -63,21 +120,7 @@ ZJsonExpression *ZJsonExpression_Parse(const char *text, int32_t length) {
   while (length > 0 && is_trimmed(text[length - 1])) {
     --length;
   }
-  ZJsonExpression *document = nullptr;
-  const char *at = nullptr;
-  // A trace shows steps that the quick parser does not take.
-  const bool is_traced = __atomic_load_n(&zjson_debug, __ATOMIC_RELAXED) != 0;
-  switch (is_traced ? QuickOutcome::kLeft : zorvcrt::parse_quickly(text, text + length, document, at)) {
-    case QuickOutcome::kParsed:
-      break;
-    case QuickOutcome::kExhausted:
-      report_exhaustion({text, static_cast<std::size_t>(length)}, at, document);
-      break;
-    case QuickOutcome::kLeft:
-      parse_by_tokens({text, static_cast<std::size_t>(length)}, document);
-      break;
-  }
-  return document;
+  return parse_text({text, static_cast<std::size_t>(length)});
 }
 
 ZJsonExpression *ZJsonExpression_ParseStream(FILE *stream) {
@@ -94,6 +137,7 @@ int32_t ZJsonExpression_ParseFile(ZJsonExpression **out, const char *path) {
   if (out == nullptr || path == nullptr) return EINVAL;
   const zorvcrt::UniqueFile file(std::fopen(path, "rbe"));
   if (!file) return errno;
-  *out = ZJsonExpression_ParseStream(file.get());
+  const WholeFile whole(file.get());
+  *out = whole.is_there() ? parse_text(whole.text()) : ZJsonExpression_ParseStream(file.get());
   return *out == nullptr ? kNoDocument : 0;
 }

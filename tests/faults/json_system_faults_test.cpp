@@ -15,7 +15,7 @@
 
 namespace {
 
-// A file to be parsed, whose calls are fopen(), fread() up to the end, and fclose().
+// A file to be parsed, whose calls are fopen(), fstat(), fread() up to the end, and fclose().
 class JsonRefused : public ::testing::Test {
  protected:
   void SetUp() override { support::write_file(path, R"({"a":["b",1]})"); }
@@ -49,8 +49,12 @@ TEST_F(JsonRefused, TellsWhyTheFileCannotBeOpened) {
   }
 }
 
+TEST_F(JsonRefused, ReadsAFileWhoseKindCannotBeTold) {
+  EXPECT_TRUE(parse(2, 0, 0).returned);
+}
+
 TEST_F(JsonRefused, EndsTheProcessWhenTheFileCannotBeRead) {
-  for (const std::size_t call : {2U, 3U}) {
+  for (const std::size_t call : {3U, 4U}) {
     const faults::ProcessEnd end = parse(call, 0, 0);
     EXPECT_EQ(end.status, 2);
     EXPECT_EQ(end.errors, "input in flex scanner failed\n");
@@ -58,7 +62,7 @@ TEST_F(JsonRefused, EndsTheProcessWhenTheFileCannotBeRead) {
 }
 
 TEST_F(JsonRefused, TakesAnInterruptedReadUpAgain) {
-  for (const std::size_t call : {2U, 3U}) {
+  for (const std::size_t call : {3U, 4U}) {
     EXPECT_TRUE(parse(call, 2, 0).returned);
   }
 }
@@ -89,7 +93,7 @@ TEST_F(JsonRefused, ScansOnBehindAnInterruptedReadOfAStream) {
 }
 
 TEST_F(JsonRefused, HasReadTheFileEvenIfItCannotBeClosedWell) {
-  EXPECT_TRUE(parse(4, 0, 0).returned);
+  EXPECT_TRUE(parse(5, 0, 0).returned);
 }
 
 // Lists of more items than a parser keeps in place are kept in pages, which grow.

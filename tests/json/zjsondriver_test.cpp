@@ -144,6 +144,15 @@ TEST(ZJsonExpression_Parse, TakesAStringOfManyMegabytes) {
   EXPECT_EQ(std::strlen(document->root->array->items[0]->string), 100000000U);
 }
 
+Document parse_stream(const std::string &text) {
+  FILE *stream = std::tmpfile();
+  std::fwrite(text.data(), 1, text.size(), stream);
+  std::rewind(stream);
+  Document document(ZJsonExpression_ParseStream(stream));
+  EXPECT_EQ(std::fclose(stream), 0);  // it is still open
+  return document;
+}
+
 TEST(ZJsonExpression_ParseFile, ParsesAFile) {
   const support::TemporaryFolder folder;
   support::write_file(folder / "a.json", "\n{ \"a\" : [ 1 , 2 ] }\n");
@@ -192,18 +201,48 @@ TEST(ZJsonExpression_ParseFile, Returns63WhenMemoryRunsOut) {
   const std::string path = folder / "a.json";
   ZJsonExpression mark = {nullptr, nullptr};
   ZJsonExpression *document = &mark;
-  const support::FailingAllocator failing(2);  // the first is the stream's, the second the scanner's
+  const support::FailingAllocator failing(2, true);  // the first is the stream's
   EXPECT_EQ(ZJsonExpression_ParseFile(&document, path.c_str()), 63);
   EXPECT_EQ(document, nullptr);
 }
 
-Document parse_stream(const std::string &text) {
-  FILE *stream = std::tmpfile();
-  std::fwrite(text.data(), 1, text.size(), stream);
-  std::rewind(stream);
-  Document document(ZJsonExpression_ParseStream(stream));
-  EXPECT_EQ(std::fclose(stream), 0);  // it is still open
-  return document;
+// A file read at once gives what its stream gives, whatever stands behind the document.
+TEST(ZJsonExpression_ParseFile, AgreesWithAStreamOfTheSameBytes) {
+  const support::TemporaryFolder folder;
+  const std::string path = folder / "a.json";
+  const std::string deep = std::string(300, '[') + std::string(300, ']');
+  for (const std::string &document :
+       {std::string("[1]"), std::string("{\"a\":[\"b\",1.5]}"), deep, std::string("[1")}) {
+    for (const std::string &end :
+         {std::string(), std::string(" "), std::string("\r\n \t\n"), std::string("\v"), std::string("\0", 1),
+          std::string(" x"), std::string("\n[2]")}) {
+      const std::string text = document + end;
+      support::write_file(path, text);
+      ZJsonExpression *parsed = nullptr;
+      ASSERT_EQ(ZJsonExpression_ParseFile(&parsed, path.c_str()), 0);
+      EXPECT_EQ(outcome_of(Document(parsed).get()), outcome_of(parse_stream(text).get())) << text;
+    }
+  }
+}
+
+// Files of the system's own have no size to be read at once by.
+TEST(ZJsonExpression_ParseFile, ParsesAFileThatTellsNoSize) {
+  const std::string path = "/proc/sys/kernel/ostype";
+  ZJsonExpression *document = nullptr;
+  ASSERT_EQ(ZJsonExpression_ParseFile(&document, path.c_str()), 0);
+  EXPECT_EQ(outcome_of(Document(document).get()), outcome_of(parse_stream(support::read_file(path)).get()));
+}
+
+TEST(ZJsonExpression_ParseFile, ParsesAFileTooLargeToBeReadAtOnce) {
+  constexpr std::size_t kLength = std::size_t{65} << 20;
+  const support::TemporaryFolder folder;
+  const std::string path = folder / "a.json";
+  support::write_file(path, "[\"" + std::string(kLength, 'x') + "\"]");
+  ZJsonExpression *parsed = nullptr;
+  ASSERT_EQ(ZJsonExpression_ParseFile(&parsed, path.c_str()), 0);
+  const Document document(parsed);
+  ASSERT_NE(document->root, nullptr);
+  EXPECT_EQ(std::strlen(document->root->array->items[0]->string), kLength);
 }
 
 TEST(ZJsonExpression_ParseStream, ReadsToTheEndWithoutTrimming) {
