@@ -11,25 +11,30 @@ namespace zorvcrt::settings {
 
 namespace {
 
-// Spreads the bits of a word over all of it: a multiplication by 2^64 divided by the golden ratio, whose
-// upper half is folded into the lower one.
+// Spreads the bits of a word over all of it: a multiplication by 2^64 divided by the golden ratio, which only
+// carries upwards, so the upper half is folded into the lower one before and after it.
 uint64_t mixed(uint64_t word) {
-  word *= 0x9E3779B97F4A7C15U;
+  word = (word ^ (word >> 32)) * 0x9E3779B97F4A7C15U;
   return word ^ (word >> 32);
 }
 
-// Eight bytes a step: a byte a step would take as long as the rest of a look-up.
+// Eight bytes a step, of which the last step repeats some: a byte a step would take as long as the rest of a
+// look-up.
 uint64_t hash_of(std::string_view text) {
   uint64_t hash = text.size();
   uint64_t word = 0;
-  for (; text.size() >= sizeof word; text.remove_prefix(sizeof word)) {
-    std::memcpy(&word, text.data(), sizeof word);
+  if (text.size() < sizeof word) {
+    for (const char c : text) {
+      word = word << 8 | static_cast<unsigned char>(c);
+    }
+    return mixed(hash ^ word);
+  }
+  const char *const last = text.data() + text.size() - sizeof word;
+  for (const char *at = text.data(); at < last; at += sizeof word) {
+    std::memcpy(&word, at, sizeof word);
     hash = mixed(hash ^ word);
   }
-  word = 0;
-  for (const char c : text) {
-    word = word << 8 | static_cast<unsigned char>(c);
-  }
+  std::memcpy(&word, last, sizeof word);
   return mixed(hash ^ word);
 }
 
