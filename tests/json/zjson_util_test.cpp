@@ -494,4 +494,23 @@ TEST(ZJsonValue_ToString, LeavesOutTheItemsOfAContainerForWhoseWalkThereIsNoMemo
   EXPECT_EQ(text, std::string(text.size() / 2, '[') + std::string(text.size() / 2, ']'));
 }
 
+// The last request cuts the block to the text's size, which is not worth a failure.
+TEST(ZJsonValue_ToString, GivesTheTextWhenItsBlockCannotBeCut) {
+  const std::string inside(10000, 'x');
+  const Owned<ZJsonValue> value(ZJsonValue_NewStringL(inside.data(), static_cast<int32_t>(inside.size())));
+  std::vector<bool> whole;  // whether the text came, when that request and all behind it failed
+  for (bool failed = true; failed;) {
+    char *text = nullptr;
+    support::FailingAllocator failing(whole.size() + 1, true);
+    ZJsonValue_ToString(value.get(), &text, 0, kCompact);
+    failed = failing.stop();
+    const Owned<char> owned(text);
+    whole.push_back(text != nullptr && '"' + inside + '"' == text);
+  }
+  ASSERT_GE(whole.size(), 3U);
+  EXPECT_FALSE(whole.front());
+  EXPECT_TRUE(whole[whole.size() - 2]);
+  EXPECT_TRUE(whole.back());
+}
+
 }  // namespace

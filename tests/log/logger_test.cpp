@@ -432,6 +432,22 @@ TEST(Logger_Redirect, SendsStandardOutputAndErrorToTheLog) {
   EXPECT_EQ(logger.text(), "printed\nerror\n[   INFO] x\n");
 }
 
+// A service that was started without standard input opens its log in its place.
+TEST(Logger_Redirect, SendsStandardOutputToALogThatHasDescriptor0) {
+  const support::TemporaryFolder folder;
+  const std::string path = folder / "x.log";
+  EXPECT_EXIT(
+      {
+        ::close(0);
+        const Logger *logger = Logger_New(LOGGER_LEVEL_DEBUG, path.c_str(), 0);
+        const bool is_first = Logger_GetLogFileno(logger) == 0;
+        Logger_RedirectStdout(logger);
+        ::_exit(is_first && ::write(1, "printed", 7) == 7 ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
+  EXPECT_EQ(support::read_file(path), "printed");
+}
+
 TEST(Logger_GetLogFileno, TellsTheDescriptorOfTheStream) {
   FileLogger logger;
   EXPECT_EQ(Logger_GetLogFileno(logger), ::fileno(logger->stream));
