@@ -1,30 +1,19 @@
 // Lines of a text file without comments and blank lines, in areas of any size, against cutting a string.
-#include <cctype>
 #include <cstdio>
 
 #include "GetFileLine.h"
 #include "check.hpp"
 #include "input.hpp"
+#include "plain_text.hpp"
 
 namespace {
-
-std::string trimmed(std::string text) {
-  const auto space = [](char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; };
-  while (!text.empty() && space(text.back())) {
-    text.pop_back();
-  }
-  while (!text.empty() && space(text.front())) {
-    text.erase(0, 1);
-  }
-  return text;
-}
 
 // The next piece that says something, from the place on; empty when there is none.
 std::string next_line(const std::string &text, std::size_t &at, std::size_t room) {
   while (at < text.size()) {
     const std::size_t line_end = std::min(text.find('\n', at), text.size() - 1) + 1;
     const std::size_t end = std::min(line_end, at + room);
-    const std::string line = trimmed(fuzz::c_text(text.substr(at, end - at)));
+    const std::string line = plain::trimmed(fuzz::c_text(text.substr(at, end - at)));
     at = end;
     if (!line.empty() && line[0] != '#') return line;
   }

@@ -11,19 +11,9 @@
 
 #include "check.hpp"
 #include "conf.h"
+#include "plain_text.hpp"
 
 namespace plain {
-
-inline std::string trimmed(std::string text) {
-  const auto space = [](char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; };
-  while (!text.empty() && space(text.back())) {
-    text.pop_back();
-  }
-  while (!text.empty() && space(text.front())) {
-    text.erase(0, 1);
-  }
-  return text;
-}
 
 inline bool is_same(const std::string &a, const std::string &b) {
   return ::strcasecmp(a.c_str(), b.c_str()) == 0;
