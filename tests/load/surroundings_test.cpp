@@ -264,8 +264,10 @@ TEST_F(FixedPaths, ASettingsFolderThatChangesWhileItIsReadGivesWholeSettings) {
   const std::string folder = kExtensions;
   support::write_file(folder + "/firm.conf", "[NONPRIVILEGED]\nHOSTILE_ALSO_FIRM=stays too\n");
   std::atomic<bool> done = false;
+  std::atomic<bool> has_begun = false;
   std::thread writer([&] {
     for (int i = 0; !done; ++i) {
+      if (i == 7) has_begun = true;
       const std::string name = folder + "/" + std::to_string(i % 7);
       support::write_file(name + ".new", "[NONPRIVILEGED]\nHOSTILE_LOOSE=whole value\n");
       fs::rename(name + ".new", name + ".conf");
@@ -273,6 +275,9 @@ TEST_F(FixedPaths, ASettingsFolderThatChangesWhileItIsReadGivesWholeSettings) {
       std::this_thread::yield();
     }
   });
+  while (!has_begun) {
+    std::this_thread::yield();
+  }
   QuorConfSetPath(nullptr);
   int loose = 0;
   for (int load = 0; load < 300; ++load) {

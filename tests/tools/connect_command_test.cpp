@@ -100,6 +100,8 @@ TEST(ConnectCommand, LimitsTheWholeAnswerAndNotTheNextByteOfIt) {
   int32_t port = 0;
   ASSERT_EQ(ZfxCreateDynamicListenSocket(&listener, &port), 0);
   std::thread server([&] {
+    timeval longest_wait = {20, 0};
+    if (ZfxSocketReadSelect(listener, &longest_wait, nullptr) != 1) return;
     const int32_t client = ZfxAccept(listener, nullptr, nullptr);
     while (::send(client, "x", 1, MSG_NOSIGNAL) == 1) {
       std::this_thread::sleep_for(std::chrono::milliseconds(2));
