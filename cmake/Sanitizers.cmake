@@ -14,3 +14,14 @@ endif()
 if(ZORVCRT_BUILD_FUZZERS)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
+
+# zorvcrt_integer_checks(target) lets clang's undefined-behaviour sanitizer also stop where unsigned arithmetic wraps
+# and where a conversion that nobody has written changes a value. For the library only. No such thing is undefined,
+# but where it happens it has to be meant: wrapping-functions.txt names the places.
+function(zorvcrt_integer_checks target)
+  if(ZORVCRT_SANITIZE MATCHES undefined AND CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+    target_compile_options(${target} PRIVATE -fsanitize=integer,implicit-conversion
+      -fno-sanitize-recover=integer,implicit-conversion
+      -fsanitize-ignorelist=${CMAKE_CURRENT_FUNCTION_LIST_DIR}/wrapping-functions.txt)
+  endif()
+endfunction()

@@ -70,9 +70,9 @@ bool decode_line(std::string_view line, int64_t count, Output &out) {
   for (const char *group = characters.data(); count > 0; count -= 3, group += 4) {
     const int64_t bytes = std::min<int64_t>(count, 3);
     if (out.size - out.position < bytes) return false;
-    uint32_t value = zorvcrt::uu_decode_group(group);
-    for (int64_t i = 0; i < bytes; ++i, value <<= 8) {
-      out.area[out.position++] = static_cast<char>(value >> 16 & 0xFF);
+    const uint32_t value = zorvcrt::uu_decode_group(group);
+    for (int64_t i = 0; i < bytes; ++i) {
+      out.area[out.position++] = static_cast<char>(value >> (16 - 8 * i) & 0xFF);
     }
   }
   return true;

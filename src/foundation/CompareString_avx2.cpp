@@ -68,7 +68,7 @@ ZORVCRT_AVX2_INLINED std::size_t matching_blocks(const char *a, const char *b, s
     if (same == kAllOfWideBlock) return count;
     const std::size_t word = std::min(std::bit_floor(count), sizeof(__m128i));
     const auto matching = static_cast<std::size_t>(std::countr_one(same));
-    return matching < word ? matching : std::min(count, count - 2 * word + matching);
+    return matching < word ? matching : std::min(count, count + matching - 2 * word);
   }
   for (std::size_t i = 0;; i = std::min(i + kWideBlock, count - kWideBlock)) {
     const uint32_t same = same_letters(load_wide(a + i), load_wide(b + i));

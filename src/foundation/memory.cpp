@@ -14,7 +14,7 @@ constexpr uint64_t kSmallBlock = 1024;
 
 uint64_t rounded_up(uint64_t size) {
   // A size that cannot be rounded is passed on as it is, for the allocator to refuse.
-  return size > UINT64_MAX - (kGranularity - 1) ? size : (size + kGranularity - 1) & ~(kGranularity - 1);
+  return size > UINT64_MAX - (kGranularity - 1) ? size : (size + (kGranularity - 1)) & ~(kGranularity - 1);
 }
 
 }  // namespace

@@ -83,8 +83,9 @@ bool provide(Slots &list, uint64_t capacity, uint64_t in_front) {
 // Grows a list whose capacity is not above the wanted number of slots.
 bool grow(Slots &list, uint64_t wanted, bool is_sorted) {
   if (list.capacity > wanted) return true;
+  if (wanted > kLargestCapacity) return false;
   const uint64_t added = wanted / kSlotGroup * kSlotGroup + kSlotGroup;
-  if (wanted > kLargestCapacity || added > kLargestCapacity - list.capacity) return false;
+  if (added > kLargestCapacity - list.capacity) return false;
   // Half of the texts to come may go into the first half.
   return provide(list, list.capacity + added, is_sorted ? added / 2 : list.in_front);
 }
