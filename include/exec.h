@@ -47,8 +47,9 @@ ZFX_BEGIN_DECLS
  *         the child elsewhere). When no child could be created, errno (EAGAIN, ENOMEM).
  *
  * The redirections are made in the order in, out, err, each seeing what those before it did. The given
- * descriptors stay open in the caller and in the child. A descriptor that is not open leaves the child
- * without that standard handle; one that is the standard handle itself stays where it is.
+ * descriptors stay open in the caller and in the child. A descriptor that is not open, or that the system
+ * refuses to put in place, leaves the child without that standard handle, and the program starts all the
+ * same; one that is the standard handle itself stays where it is.
  *
  * A wait that a signal interrupts goes on.
  */

@@ -31,7 +31,8 @@ ZFX_BEGIN_DECLS
  * In the child the given descriptors are closed once they are in place. To use one connection both ways hand
  * in a duplicate of it as @p out: a descriptor that equals @p in is gone by then, and the program starts
  * without a standard output. Likewise a descriptor that is already the standard handle it is to become is
- * closed, not kept. The caller's own descriptors stay open.
+ * closed, not kept, and one that is not open or that the system refuses to put in place leaves the program
+ * without that handle. The caller's own descriptors stay open.
  *
  * A program that cannot be started shows as exit status 255 of the child, which leaves through exit(). What
  * exec.h says about descriptors, signals and threads holds here too. Re-entrant.

@@ -20,8 +20,8 @@ namespace faults {
 class CallFault {
  public:
   CallFault() = default;
-  CallFault(std::size_t first, std::size_t way, bool persistent)
-      : first_(first), way_(way), persistent_(persistent) {}
+  CallFault(std::size_t first, std::size_t way, bool persistent, support::CallsOf whose)
+      : first_(first), way_(way), persistent_(persistent), whose_(whose) {}
 
   /// Makes the call under the failure; gives its result.
   template <class Call>
@@ -42,7 +42,8 @@ class CallFault {
 
  private:
   struct Ordered {
-    explicit Ordered(CallFault &fault) : of(fault), calls(fault.first_, fault.way_, fault.persistent_) {}
+    explicit Ordered(CallFault &fault)
+        : of(fault), calls(fault.first_, fault.way_, fault.persistent_, fault.whose_) {}
     ~Ordered() {
       const int number = errno;
       if (calls.stop()) {
@@ -61,6 +62,7 @@ class CallFault {
   std::size_t first_ = 0;
   std::size_t way_ = 0;
   bool persistent_ = false;
+  support::CallsOf whose_ = support::CallsOf::kThread;
   std::string_view function_;
   int error_ = 0;
   std::size_t ways_ = 0;
@@ -96,8 +98,8 @@ inline bool run_scenario(const SystemCall &call, CallFault &fault) {
   return fault.struck();
 }
 
-/// Orders every failure that the call can meet.
-inline void walk(const SystemCall &call) {
+/// Orders every failure that the call can meet, itself or in the child that it starts.
+inline void walk(const SystemCall &call, support::CallsOf whose = support::CallsOf::kThread) {
   constexpr std::size_t kMost = 1000;
   std::size_t orders = 0;
   for (const bool persistent : {false, true}) {
@@ -110,7 +112,7 @@ inline void walk(const SystemCall &call) {
         const ::testing::ScopedTrace trace(
             __FILE__, __LINE__,
             "call " + std::to_string(first) + (persistent ? " on" : "") + ", way " + std::to_string(way));
-        CallFault fault(first, way, persistent);
+        CallFault fault(first, way, persistent, whose);
         struck = run_scenario(call, fault) && !::testing::Test::HasFailure();
         orders += struck ? 1 : 0;
         if (!struck || persistent || fault.is_last_way()) break;

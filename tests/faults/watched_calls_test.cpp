@@ -68,9 +68,6 @@ const std::set<std::string> kWithoutConsequence = {"flockfile",
                                                    "pthread_setcancelstate",
                                                    "pthread_setconcurrency"};
 
-// Called in a child between fork and exec, whose end tells; tests of their own look at that.
-const std::set<std::string> kInTheChild = {"execv", "execvp"};
-
 // The names that the dynamic linker takes from the C library, without its internal ones.
 std::set<std::string> needed_names() {
   const support::Outcome listed =
@@ -90,7 +87,7 @@ TEST(WatchedCalls, AreAllThatCanFailOfWhatTheLibraryNeeds) {
   EXPECT_GT(names.size(), 50U);
   for (const std::string &name : names) {
     const bool is_known = support::is_watched(name) || kMemory.contains(name) || kPure.contains(name) ||
-                          kWithoutConsequence.contains(name) || kInTheChild.contains(name);
+                          kWithoutConsequence.contains(name);
     EXPECT_TRUE(is_known) << name << " is neither watched nor known to be harmless";
   }
 }

@@ -44,6 +44,8 @@ constexpr Watched kWatched[] = {
     {"connect", {ECONNREFUSED, ETIMEDOUT, EINTR, ENETUNREACH}},
     {"dlopen", {ENOMEM}},
     {"dup2", {EMFILE, EINTR}},
+    {"execv", {ENOENT, EACCES, ENOMEM, E2BIG}},
+    {"execvp", {ENOENT, EACCES, ENOMEM, E2BIG}},
     {"faccessat", {EACCES, EIO}},
     {"fchdir", {EACCES, EIO}},
     {"fclose", {EIO, ENOSPC}},
@@ -104,12 +106,14 @@ struct Order {
   std::size_t first = 0;  // number of the call that fails, 0 for none
   std::size_t way = 0;
   bool persistent = false;
+  CallsOf whose = CallsOf::kThread;
   pid_t process = 0;
   const Watched *struck = nullptr;
   int error = 0;
 };
 
-thread_local Order order;
+thread_local Order of_thread;
+thread_local Order *current = &of_thread;
 
 const Watched *find_watched(std::string_view function) {
   const auto *found = std::find_if(std::begin(kWatched), std::end(kWatched),
@@ -119,7 +123,9 @@ const Watched *find_watched(std::string_view function) {
 
 // How this call of the function fails, 0 for not at all.
 int failure_of(const char *function) {
-  if (order.first == 0 || order.process != ::getpid()) return 0;
+  Order &order = *current;
+  const bool is_child = order.process != ::getpid();
+  if (order.first == 0 || is_child != (order.whose == CallsOf::kChild)) return 0;
   ++order.count;
   if (order.count < order.first || (order.count > order.first && !order.persistent)) return 0;
   const Watched *watched = find_watched(function);
@@ -195,13 +201,23 @@ Result call_on_stream(const char *function, FILE *stream, Result failure, Argume
   return pass_on<Result>(function, arguments...);
 }
 
+// An order that a child shares with its parent, which learns from it what has failed.
+Order *of_child() {
+  static void *const page = pass_on<void *>("mmap", static_cast<void *>(nullptr), sizeof(Order),
+                                            PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, off_t{0});
+  if (page == MAP_FAILED) std::abort();
+  return static_cast<Order *>(page);
+}
+
 }  // namespace
 
-FailingCalls::FailingCalls(std::size_t first, std::size_t way, bool persistent) {
-  order = {0, first, way, persistent, ::getpid(), nullptr, 0};
+FailingCalls::FailingCalls(std::size_t first, std::size_t way, bool persistent, CallsOf whose) {
+  current = whose == CallsOf::kChild ? of_child() : &of_thread;
+  *current = {0, first, way, persistent, whose, ::getpid(), nullptr, 0};
 }
 
 bool FailingCalls::stop() {
+  Order &order = *current;
   if (order.first != 0 && order.struck != nullptr) {
     function_ = order.struck->function;
     error_ = order.error;
@@ -256,6 +272,14 @@ void *dlopen(const char *path, int mode) noexcept {
 
 int dup2(int from, int to) noexcept {
   return call("dup2", -1, from, to);
+}
+
+int execv(const char *path, char *const arguments[]) noexcept {
+  return call("execv", -1, path, arguments);
+}
+
+int execvp(const char *file, char *const arguments[]) noexcept {
+  return call("execvp", -1, file, arguments);
 }
 
 int faccessat(int folder, const char *path, int mode, int flags) noexcept {

@@ -11,12 +11,15 @@ namespace support {
 /// What a failing call leaves behind: an errno value, or this.
 inline constexpr int kShort = -1;  // the call works, but moves one byte only
 
+/// Whose calls fail: those of this thread, or those that the children make which it starts by fork().
+enum class CallsOf { kThread, kChild };
+
 /// From construction to destruction, or to stop(), the watched call number @p first (from 1) fails in the way
 /// number @p way (from 0) that the function has; with @p persistent every later one fails in its first way
-/// too. Calls of this thread only, and not those of a child.
+/// too.
 class FailingCalls {
  public:
-  FailingCalls(std::size_t first, std::size_t way, bool persistent);
+  FailingCalls(std::size_t first, std::size_t way, bool persistent, CallsOf whose = CallsOf::kThread);
   ~FailingCalls() { stop(); }
   FailingCalls(const FailingCalls &) = delete;
   FailingCalls &operator=(const FailingCalls &) = delete;
