@@ -8,6 +8,7 @@
 
 #include "failing_calls.hpp"
 #include "files.hpp"
+#include "grammar.h"
 #include "process_end.hpp"
 #include "scanner.h"
 #include "zjson_expression.h"
@@ -73,6 +74,21 @@ TEST_F(JsonRefused, EndsTheProcessWhenAStreamCannotBeRead) {
         FILE *stream = std::fopen(path.c_str(), "r");
         const support::FailingCalls failing(1, 0, false);
         ZJsonExpression_ParseStream(stream);
+      },
+      [] { return true; });
+  EXPECT_EQ(end.status, 2);
+  EXPECT_EQ(end.errors, "input in flex scanner failed\n");
+}
+
+TEST_F(JsonRefused, EndsTheProcessWhenTheInputOfAScannerCannotBeRead) {
+  const faults::ProcessEnd end = faults::end_of(
+      [&] {
+        zjson_scanner *scanner = nullptr;
+        ASSERT_EQ(zjson_lex_init(&scanner), 0);
+        zjson_set_in(std::fopen(path.c_str(), "r"), scanner);
+        const support::FailingCalls failing(1, 0, false);
+        ZJsonExpression *document = nullptr;
+        zjson_parse(&document, scanner);
       },
       [] { return true; });
   EXPECT_EQ(end.status, 2);
