@@ -133,7 +133,7 @@ uint32_t packed_date(time_t seconds, int32_t flags) {
   const auto local = local_record(seconds);
   if (!local) return 0;
   const auto wanted = static_cast<uint32_t>(flags);
-  const auto year = static_cast<uint32_t>(local->tm_year + kTmEpochYear);
+  const auto year = static_cast<uint32_t>(zorvcrt::wrapping_add(local->tm_year, kTmEpochYear));
   const uint32_t month = (wanted & kPackMonth) != 0 ? static_cast<uint32_t>(local->tm_mon) + 1 : 0;
   const uint32_t day = (wanted & kPackDay) != 0 ? static_cast<uint32_t>(local->tm_mday) : 0;
   return (year * 16 + month) * 32 + day;

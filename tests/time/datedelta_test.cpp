@@ -254,6 +254,14 @@ TEST_F(ZfxDateDeltaTest, PacksYearMonthAndDayAsTheFlagsAsk) {
   EXPECT_EQ(packed("2024-12-31 23:59:59", 6), (2024U * 16 + 12) * 32 + 31);
 }
 
+TEST_F(ZfxDateDeltaTest, PacksFarYearsModulo32Bits) {
+  const records::TimeZone zone("UTC0");
+  constexpr time_t kEnd = 67768036191676799;  // of the last year that a record can hold
+  uint32_t result = 0;
+  EXPECT_EQ(ZfxDateDelta(kEnd, 0, kDay, 0, 6, nullptr, &result), 0);
+  EXPECT_EQ(result, static_cast<uint32_t>((int64_t{2147485547} * 16 + 12) * 32 + 31));
+}
+
 TEST_F(ZfxDateDeltaTest, PacksTheNewDateOfTheLocalCalendar) {
   const records::TimeZone zone("XYZ-13");
   uint32_t result = 0;
