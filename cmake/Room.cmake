@@ -13,7 +13,7 @@ function(zorvcrt_room room)
   endforeach()
 
   if(ZORVCRT_PORTABLE)
-    list(FILTER arg_SOURCES EXCLUDE REGEX "_avx2\\.cpp$|^wide_registers\\.cpp$")
+    list(FILTER arg_SOURCES EXCLUDE REGEX "_avx(2|512)\\.cpp$|^wide_registers\\.cpp$")
   endif()
   add_library(room_${room} OBJECT ${arg_SOURCES})
   target_include_directories(room_${room} PUBLIC ${links} ${CMAKE_CURRENT_SOURCE_DIR})

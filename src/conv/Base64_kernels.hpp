@@ -1,4 +1,5 @@
-// The inner loops of the Base64 codec in two forms with the same results: plain, and for AVX2 registers.
+// The inner loops of the Base64 codec in three forms with the same results: plain, and for AVX2 and
+// AVX-512 registers.
 #pragma once
 
 #include <array>
@@ -67,8 +68,10 @@ void base64_pack(SextetPacker &packer, const char *text, std::size_t n);
 /// Encode n bytes with padding. Give the number of characters.
 std::size_t base64_encode_plain(const uint8_t *data, std::size_t n, char *out);
 std::size_t base64_encode_wide(const uint8_t *data, std::size_t n, char *out);
+std::size_t base64_encode_widest(const uint8_t *data, std::size_t n, char *out);
 inline std::size_t base64_encode(const uint8_t *data, std::size_t n, char *out) {
   if constexpr (!kPortable) {
+    if (has_widest_registers()) return base64_encode_widest(data, n, out);
     if (has_wide_registers()) return base64_encode_wide(data, n, out);
   }
   return base64_encode_plain(data, n, out);
@@ -77,8 +80,10 @@ inline std::size_t base64_encode(const uint8_t *data, std::size_t n, char *out) 
 /// The characters in front of the first zero byte or padding character, at most limit of them.
 std::size_t base64_length_plain(const char *text, std::size_t limit);
 std::size_t base64_length_wide(const char *text, std::size_t limit);
+std::size_t base64_length_widest(const char *text, std::size_t limit);
 inline std::size_t base64_length(const char *text, std::size_t limit) {
   if constexpr (!kPortable) {
+    if (has_widest_registers()) return base64_length_widest(text, limit);
     if (has_wide_registers()) return base64_length_wide(text, limit);
   }
   return base64_length_plain(text, limit);
@@ -91,8 +96,10 @@ inline constexpr std::size_t kBase64Slack = 8;
 /// of bytes, at most n / 4 * 3 + 2.
 std::size_t base64_decode_plain(const char *text, std::size_t n, uint8_t *out);
 std::size_t base64_decode_wide(const char *text, std::size_t n, uint8_t *out);
+std::size_t base64_decode_widest(const char *text, std::size_t n, uint8_t *out);
 inline std::size_t base64_decode(const char *text, std::size_t n, uint8_t *out) {
   if constexpr (!kPortable) {
+    if (has_widest_registers()) return base64_decode_widest(text, n, out);
     if (has_wide_registers()) return base64_decode_wide(text, n, out);
   }
   return base64_decode_plain(text, n, out);
