@@ -36,12 +36,12 @@ uint32_t ZfxBase64Decode(const char *text, uint32_t length, void **out) {
   *out = nullptr;
   const std::size_t n = text == nullptr ? 0 : zorvcrt::base64_length(text, length);
   const uint64_t room = decoded_room(n);
-  auto data = zorvcrt::result_block<uint8_t>(room + zorvcrt::kBase64Slack, room + zorvcrt::kBase64Slack);
+  auto data = zorvcrt::result_block<uint8_t>(room, room);
   if (!data) return 0;
   const std::size_t count = zorvcrt::base64_decode(text, n, data.get());
   // count / 3 * 4 sextets are certain, and with up to three more the block is no larger
   const uint64_t used = count / 3 * 3 + kDecodedExtra;
-  std::memset(data.get() + count, 0, kDecodedExtra);
+  std::memset(data.get() + count, 0, used - count);
   *out = data.release();
   if (used < room / 2) {
     void *fitted = ZfxMemRealloc(*out, used);

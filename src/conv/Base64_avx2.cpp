@@ -117,7 +117,7 @@ struct Batch {
   ZORVCRT_AVX2 uint8_t *pack(const uint8_t *end, uint8_t *&out) {
     const uint8_t *from = sextets;
     for (; end - from >= static_cast<std::ptrdiff_t>(kWideSextets); from += kWideSextets, out += kWideBytes) {
-      pack_sextets_loosely(out, load_wide(from));
+      pack_sextets(out, load_wide(from));
     }
     const auto left = static_cast<std::size_t>(end - from);
     std::memmove(sextets, from, left);
@@ -158,7 +158,7 @@ ZORVCRT_AVX2 std::size_t decode_clean(const char *text, std::size_t n, uint8_t *
   for (; n - done >= kWideSextets; done += kWideSextets, out += kWideBytes) {
     const Sextets sextets = decoded(load_wide(text + done));
     if (sextets.invalid != 0) break;
-    pack_sextets_loosely(out, sextets.values);
+    pack_sextets(out, sextets.values);
   }
   return done;
 }

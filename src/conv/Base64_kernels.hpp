@@ -89,9 +89,6 @@ inline std::size_t base64_length(const char *text, std::size_t limit) {
   return base64_length_plain(text, limit);
 }
 
-/// Bytes behind the decoded ones that the wide form may overwrite.
-inline constexpr std::size_t kBase64Slack = 8;
-
 /// Decode n characters, none of them padding; those that are not in the alphabet are skipped. Give the number
 /// of bytes, at most n / 4 * 3 + 2.
 std::size_t base64_decode_plain(const char *text, std::size_t n, uint8_t *out);
