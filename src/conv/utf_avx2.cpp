@@ -1,6 +1,6 @@
 // UCS-2 to UTF-8 on AVX2 registers, 16 units a step: every unit is spread over as many bytes as any of its
 // neighbours may need, and a table of byte orders, by the lengths of the units, closes the gaps. A tenth of
-// the time of the plain loop on mixed text.
+// the time of the plain loop on mixed text; with calls between its parts, 32 units take longer than there.
 #include <array>
 #include <bit>
 
@@ -57,7 +57,7 @@ ZORVCRT_AVX2 bool has_none(__m256i units, uint16_t bits) {
 }
 
 // All units of 8 are at most two bytes long.
-ZORVCRT_AVX2 char *put_pairs(__m128i units, char *out) {
+ZORVCRT_AVX2_INLINED char *put_pairs(__m128i units, char *out) {
   const __m128i single = _mm_cmpgt_epi16(_mm_set1_epi16(kOneByteLimit + 1), units);
   const __m128i lead = _mm_or_si128(_mm_srli_epi16(units, 6), _mm_set1_epi16(0xC0));
   const __m128i rest = _mm_or_si128(_mm_and_si128(units, _mm_set1_epi16(0x3F)), _mm_set1_epi16(0x80));
@@ -68,7 +68,7 @@ ZORVCRT_AVX2 char *put_pairs(__m128i units, char *out) {
 }
 
 // Units of any length, 8 of them.
-ZORVCRT_AVX2 char *put_triples(__m128i units, char *out) {
+ZORVCRT_AVX2_INLINED char *put_triples(__m128i units, char *out) {
   const __m256i wide = _mm256_cvtepu16_epi32(units);
   const __m256i beyond_one = _mm256_cmpgt_epi32(wide, _mm256_set1_epi32(kOneByteLimit));
   const __m256i beyond_two = _mm256_cmpgt_epi32(wide, _mm256_set1_epi32(kTwoByteLimit));
@@ -93,7 +93,7 @@ ZORVCRT_AVX2 char *put_triples(__m128i units, char *out) {
   return out + 4 + std::popcount(second);
 }
 
-ZORVCRT_AVX2 char *put_step(__m256i units, char *out) {
+ZORVCRT_AVX2_INLINED char *put_step(__m256i units, char *out) {
   const __m128i first = _mm256_castsi256_si128(units);
   const __m128i second = _mm256_extracti128_si256(units, 1);
   if (has_none(units, 0xFFFF & ~kOneByteLimit)) {
@@ -131,7 +131,7 @@ ZORVCRT_AVX2 char *utf8_convert_wide(const uint16_t *units, std::size_t n, char 
   for (; i + kStep <= n; i += kStep) {
     out = put_step(load_wide(units + i), out);
   }
-  return utf8_convert_plain(units + i, n - i, out);
+  return i == n ? out : utf8_convert_plain(units + i, n - i, out);
 }
 
 }  // namespace zorvcrt
