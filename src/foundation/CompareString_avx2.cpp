@@ -80,8 +80,8 @@ ZORVCRT_AVX2_INLINED std::size_t matching_blocks(const char *a, const char *b, s
 // The exact answer, where blocks do not give it: they differ, or are too short, or the locale has pairs of
 // its own. Kept out of line, so that the usual case needs no stack frame.
 ZORVCRT_AVX2 __attribute__((noinline)) Outcome compare_with_table(const char *a, std::size_t a_size,
-                                                                  const char *b, std::size_t b_size) {
-  const int *const upper = upper_case_table();
+                                                                  const char *b, std::size_t b_size,
+                                                                  const int *upper) {
   const bool paired = pairs_ascii_letters(upper);
   const auto next = [=](std::size_t position, std::size_t left) __attribute__((target("avx2"))) {
     return paired ? matching_blocks(a + position, b + position, left) : 0;
@@ -89,25 +89,23 @@ ZORVCRT_AVX2 __attribute__((noinline)) Outcome compare_with_table(const char *a,
   return outcome_from(next(0, std::min(a_size, b_size)), a, a_size, b, b_size, upper, next);
 }
 
-// The answer for texts that agree by blocks.
-ZORVCRT_AVX2 __attribute__((noinline)) Outcome same_if_paired(const char *a, const char *b,
-                                                              std::size_t size) {
-  return pairs_ascii_letters(upper_case_table()) ? Outcome::kSame : compare_with_table(a, size, b, size);
-}
-
-ZORVCRT_AVX2_INLINED Outcome compared(const char *a, std::size_t a_size, const char *b, std::size_t b_size) {
-  if (a_size == b_size && matching_blocks(a, b, a_size) == a_size) return same_if_paired(a, b, a_size);
-  return compare_with_table(a, a_size, b, b_size);
+ZORVCRT_AVX2_INLINED Outcome compared(const char *a, std::size_t a_size, const char *b, std::size_t b_size,
+                                      const int *upper) {
+  const bool agree =
+      a_size == b_size && matching_blocks(a, b, a_size) == a_size && pairs_ascii_letters(upper);
+  return agree ? Outcome::kSame : compare_with_table(a, a_size, b, b_size, upper);
 }
 
 }  // namespace
 
-ZORVCRT_AVX2 Outcome compare_wide(const char *a, const char *b) {
-  return compared(a, length_of(a), b, length_of(b));
+ZORVCRT_AVX2 Outcome compare_wide(const char *a, const char *b, const int *upper) {
+  return compared(a, length_of(a), b, length_of(b), upper);
 }
 
-ZORVCRT_AVX2 Outcome compare_beginnings_wide(const char *a, const char *b, std::size_t limit) {
-  return compared(a, std::min(length_within(a, limit), limit), b, std::min(length_within(b, limit), limit));
+ZORVCRT_AVX2 Outcome compare_beginnings_wide(const char *a, const char *b, std::size_t limit,
+                                             const int *upper) {
+  return compared(a, std::min(length_within(a, limit), limit), b, std::min(length_within(b, limit), limit),
+                  upper);
 }
 
 }  // namespace zorvcrt

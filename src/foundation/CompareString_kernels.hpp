@@ -38,22 +38,23 @@ Outcome outcome_from(std::size_t i, const char *a, std::size_t a_size, const cha
   return a_size < b_size ? Outcome::kLower : Outcome::kHigher;
 }
 
-/// Order texts; a beginning of another one is the lower.
+/// Order texts; a beginning of another one is the lower. The wide form is given the table of the locale in
+/// force: with a call of its own for it, comparing 16 bytes takes a tenth longer.
 Outcome compare_plain(const char *a, const char *b);
-Outcome compare_wide(const char *a, const char *b);
+Outcome compare_wide(const char *a, const char *b, const int *upper);
 inline Outcome compare(const char *a, const char *b) {
   if constexpr (!kPortable) {
-    if (has_wide_registers()) return compare_wide(a, b);
+    if (has_wide_registers()) return compare_wide(a, b, upper_case_table());
   }
   return compare_plain(a, b);
 }
 
 /// Order the first limit bytes of texts, or less of shorter ones; at least one byte.
 Outcome compare_beginnings_plain(const char *a, const char *b, std::size_t limit);
-Outcome compare_beginnings_wide(const char *a, const char *b, std::size_t limit);
+Outcome compare_beginnings_wide(const char *a, const char *b, std::size_t limit, const int *upper);
 inline Outcome compare_beginnings(const char *a, const char *b, std::size_t limit) {
   if constexpr (!kPortable) {
-    if (has_wide_registers()) return compare_beginnings_wide(a, b, limit);
+    if (has_wide_registers()) return compare_beginnings_wide(a, b, limit, upper_case_table());
   }
   return compare_beginnings_plain(a, b, limit);
 }

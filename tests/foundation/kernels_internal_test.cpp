@@ -47,9 +47,12 @@ class Kernels : public ::testing::TestWithParam<const char *> {
   void expect_alike(const std::string &a, const std::string &b, std::size_t shift) {
     const char *x = first_.holding(std::string(a.c_str(), a.size() + 1));
     const char *y = second_.holding(std::string(b.c_str(), b.size() + 1) + std::string(shift, 'x'));
-    ASSERT_EQ(zorvcrt::compare_wide(x, y), zorvcrt::compare_plain(x, y)) << a << '\n' << b;
+    ASSERT_EQ(zorvcrt::compare_wide(x, y, zorvcrt::upper_case_table()), zorvcrt::compare_plain(x, y))
+        << a << '\n'
+        << b;
     for (const std::size_t limit : {std::size_t{1}, a.size() / 2 + 1, a.size() + 1, a.size() + 40}) {
-      ASSERT_EQ(zorvcrt::compare_beginnings_wide(x, y, limit), zorvcrt::compare_beginnings_plain(x, y, limit))
+      ASSERT_EQ(zorvcrt::compare_beginnings_wide(x, y, limit, zorvcrt::upper_case_table()),
+                zorvcrt::compare_beginnings_plain(x, y, limit))
           << limit << " of\n"
           << a << '\n'
           << b;
@@ -94,7 +97,7 @@ TEST_P(Kernels, CompareABeginningOfATextThatHasNoEndAlike) {
   for (std::size_t limit = 1; limit <= endless.size(); ++limit) {
     const char *from = x + endless.size() - limit;
     const std::string other = like(std::string(from, limit));
-    ASSERT_EQ(zorvcrt::compare_beginnings_wide(from, other.c_str(), limit),
+    ASSERT_EQ(zorvcrt::compare_beginnings_wide(from, other.c_str(), limit, zorvcrt::upper_case_table()),
               zorvcrt::compare_beginnings_plain(from, other.c_str(), limit))
         << limit;
   }
