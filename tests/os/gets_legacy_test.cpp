@@ -1,11 +1,14 @@
 #include "gets_legacy.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "standard_input.hpp"
@@ -77,6 +80,36 @@ TEST(gets_legacy, GivesEachThreadWholeLines) {
     thread.join();
   }
   EXPECT_EQ(whole[0] + whole[1] + whole[2] + whole[3], 4000);
+}
+
+void *read_one_line(void *buffer) {
+  return gets_legacy(static_cast<char *>(buffer));
+}
+
+// Whether nobody holds standard input.
+bool input_is_free() {
+  if (::ftrylockfile(stdin) != 0) return false;
+  ::funlockfile(stdin);
+  return true;
+}
+
+TEST(gets_legacy, LeavesTheInputToTheOthersWhenItsThreadIsCancelled) {
+  int pipe[2];
+  ASSERT_EQ(::pipe(pipe), 0);
+  FILE *const before = std::exchange(stdin, ::fdopen(pipe[0], "r"));
+  char buffer[16] = "";
+  pthread_t waiting;
+  ASSERT_EQ(pthread_create(&waiting, nullptr, read_one_line, buffer), 0);
+  while (input_is_free()) {
+    ::usleep(1000);  // until it waits for input, which does not come
+  }
+  EXPECT_EQ(pthread_cancel(waiting), 0);
+  void *result = nullptr;
+  EXPECT_EQ(pthread_join(waiting, &result), 0);
+  EXPECT_EQ(result, PTHREAD_CANCELED);
+  ASSERT_TRUE(input_is_free());
+  std::fclose(std::exchange(stdin, before));
+  ::close(pipe[1]);
 }
 
 }  // namespace
