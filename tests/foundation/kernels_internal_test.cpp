@@ -9,6 +9,7 @@
 #include "CompareString_kernels.hpp"
 #include "guarded.hpp"
 #include "locale.hpp"
+#include "wide_registers.hpp"
 
 namespace {
 
@@ -105,5 +106,13 @@ TEST_P(Kernels, CompareABeginningOfATextThatHasNoEndAlike) {
 
 INSTANTIATE_TEST_SUITE_P(Locales, Kernels,
                          ::testing::Values("C", "en_US.ISO-8859-1", "tr_TR.ISO-8859-9", "fr_FR.UTF-8"));
+
+// The library asks the processor itself, because the compiler's query would run code when a host starts.
+TEST(WideRegisters, AreThoseThatTheCompilersQueryFinds) {
+  const bool has_256_bits = __builtin_cpu_supports("avx2") != 0;
+  const bool has_512_bits = __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0;
+  EXPECT_EQ(zorvcrt::has_wide_registers(), has_256_bits);
+  EXPECT_EQ(zorvcrt::has_widest_registers(), has_256_bits && has_512_bits);
+}
 
 }  // namespace
