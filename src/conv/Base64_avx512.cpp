@@ -49,7 +49,7 @@ struct Quarters {
       bytes[place] = quarter[place % quarter.size()];
     }
   }
-  ZORVCRT_AVX512 [[nodiscard]] __m512i get() const { return _mm512_load_si512(bytes.data()); }
+  [[nodiscard]] ZORVCRT_AVX512 __m512i get() const { return _mm512_load_si512(bytes.data()); }
 };
 
 // The sextets of the first 48 bytes.
