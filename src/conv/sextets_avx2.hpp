@@ -42,4 +42,9 @@ ZORVCRT_AVX2 inline void pack_sextets(uint8_t *out, __m256i sextets) {
   _mm_storel_epi64(static_cast<__m128i *>(static_cast<void *>(out + 16)), _mm256_extracti128_si256(bytes, 1));
 }
 
+/// Packs 32 sextets into 24 bytes and overwrites the 8 behind them.
+ZORVCRT_AVX2 inline void pack_sextets_loosely(uint8_t *out, __m256i sextets) {
+  store_wide(out, bytes_of(sextets));
+}
+
 }  // namespace zorvcrt
