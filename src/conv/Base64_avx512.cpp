@@ -131,37 +131,30 @@ ZORVCRT_AVX512 std::size_t decode_clean(const char *text, std::size_t n, uint8_t
   return done;
 }
 
-// Strings together the sextets of at most 64 characters, those between one invalid one and the next at a
-// time.
-ZORVCRT_AVX512 uint8_t *add_runs(const char *text, std::size_t n, uint64_t invalid, uint8_t *to) {
-  std::size_t begin = 0;
-  while (begin < n) {
-    const std::size_t end = invalid == 0 ? n : static_cast<std::size_t>(std::countr_zero(invalid));
-    store(to, values_of(_mm512_maskz_loadu_epi8(first(end - begin), text + begin)));
-    to += end - begin;
-    begin = end + 1;
-    invalid &= invalid - 1;
-  }
-  return to;
+// The lowest place of a mask and all above it; of an empty one none.
+uint64_t from_lowest(uint64_t mask) {
+  return mask | (0 - mask);
 }
 
-// Strings together the sextets of at most 64 characters of which as a rule at most one is invalid: those
-// behind it move down by one. A branch on whether there is one would be mispredicted about as often as there
-// are line breaks.
+// Strings together the sextets of at most 64 characters: those behind an invalid one move down by one, which
+// is to load them from one further on. As a rule at most one is invalid; a branch on whether there is one
+// would be mispredicted about as often as there are line breaks.
 ZORVCRT_AVX512 inline uint8_t *add_step(const char *text, std::size_t n, uint64_t invalid, uint8_t *to) {
-  const uint64_t others = invalid & (invalid - 1);
-  const uint64_t behind = (invalid | (0 - invalid)) & (first(n) >> 1);
   __m512i characters = _mm512_maskz_loadu_epi8(first(n), text);
-  characters = _mm512_mask_loadu_epi8(characters, behind, text + 1);
-  if (others != 0) [[unlikely]] {
-    if ((others & (others - 1)) != 0) return add_runs(text, n, invalid, to);
-    const uint64_t behind_both = (others | (0 - others)) >> 1 & (first(n) >> 2);
-    characters = _mm512_mask_loadu_epi8(characters, behind_both, text + 2);
+  characters = _mm512_mask_loadu_epi8(characters, from_lowest(invalid) & first(n) >> 1, text + 1);
+  uint64_t others = invalid & (invalid - 1);
+  if (others == 0) [[likely]] {
     store(to, values_of(characters));
-    return to + n - 2;
+    return to + n - (invalid == 0 ? 0 : 1);
+  }
+  std::size_t skipped = 1;
+  for (; others != 0; others &= others - 1) {
+    const uint64_t behind = from_lowest(others) >> skipped & first(n) >> skipped >> 1;
+    ++skipped;
+    characters = _mm512_mask_loadu_epi8(characters, behind, text + skipped);
   }
   store(to, values_of(characters));
-  return to + n - (invalid == 0 ? 0 : 1);
+  return to + n - skipped;
 }
 
 // Sextets on their way into bytes. From the first skipped character on they no longer come in whole groups,
