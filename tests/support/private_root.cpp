@@ -45,11 +45,11 @@ void unshare_mounts() {
     write_text("/proc/self/uid_map", uid + " " + uid + " 1");
     write_text("/proc/self/gid_map", gid + " " + gid + " 1");
   }
-  require(::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "private propagation");
+  require(::mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) == 0, "private propagation");
 }
 
 void bind(const std::string &source, const std::string &target) {
-  require(::mount(source.c_str(), target.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0, "bind " + target);
+  require(::mount(source.c_str(), target.c_str(), "none", MS_BIND | MS_REC, nullptr) == 0, "bind " + target);
 }
 
 // Shows at target whatever is at source: a folder or file by a bind mount, a link by a copy of the link.
@@ -94,6 +94,13 @@ std::string private_passwd() {
   return text;
 }
 
+void show_folder(int folder, bool is_tree, const std::string &target) {
+  const std::string source = "/proc/self/fd/" + std::to_string(folder);
+  const int result = is_tree ? ::move_mount(folder, "", AT_FDCWD, target.c_str(), MOVE_MOUNT_F_EMPTY_PATH)
+                             : ::mount(source.c_str(), target.c_str(), "none", MS_BIND, nullptr);
+  require(result == 0, "the place of " + target);
+}
+
 void build_private_root() {
   const std::string passwd_text = private_passwd();
   const std::string group_text = read_file("/etc/group");
@@ -102,14 +109,15 @@ void build_private_root() {
 
   // The new root grows in a fresh file system mounted on /tmp, so nothing is left behind outside;
   // the machine's own /tmp waits aside until it has its place.
-  const int outer_tmp = ::open_tree(AT_FDCWD, "/tmp", OPEN_TREE_CLONE | OPEN_TREE_CLOEXEC | AT_RECURSIVE);
+  int outer_tmp = ::open_tree(AT_FDCWD, "/tmp", OPEN_TREE_CLONE | OPEN_TREE_CLOEXEC | AT_RECURSIVE);
+  const bool is_tree = outer_tmp >= 0 || errno != ENOSYS;  // valgrind does not know that call
+  if (!is_tree) outer_tmp = ::open("/tmp", O_PATH | O_DIRECTORY | O_CLOEXEC);
   require(outer_tmp >= 0, "/tmp");
   require(::mount("tmpfs", "/tmp", "tmpfs", 0, "mode=0755") == 0, "tmpfs");
   const fs::path root = "/tmp/root";
   show_entries("/", root, {"tmp", "usr", ".ZORVrcs"});
   fs::create_directory(root / "tmp");
-  require(::move_mount(outer_tmp, "", AT_FDCWD, (root / "tmp").c_str(), MOVE_MOUNT_F_EMPTY_PATH) == 0,
-          "the place of /tmp");
+  show_folder(outer_tmp, is_tree, root / "tmp");
   ::close(outer_tmp);
   show_entries("/usr", root / "usr", {"lib", "local"});
   show_entries("/usr/lib", root / "usr/lib", {"libquor.so"});
