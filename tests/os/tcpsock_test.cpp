@@ -294,7 +294,7 @@ class HostDatabase : public support::FixedPathsTest {
     if (IsSkipped()) return;
     if (::access("/etc/hosts", R_OK) != 0) GTEST_SKIP() << "the machine has no /etc/hosts to be replaced";
     support::write_file(folder_ / "hosts", "127.1.1.1 first-of-two reverse\n127.1.1.2 first-of-two\n");
-    ASSERT_EQ(::mount((folder_ / "hosts").c_str(), "/etc/hosts", nullptr, MS_BIND, nullptr), 0);
+    ASSERT_EQ(::mount((folder_ / "hosts").c_str(), "/etc/hosts", "none", MS_BIND, nullptr), 0);
   }
   void TearDown() override { ::umount2("/etc/hosts", MNT_DETACH); }
 
