@@ -36,7 +36,8 @@ ZFX_API ZJsonExpression *ZJsonExpression_Parse(const char *text, int32_t length)
 ZFX_API ZJsonExpression *ZJsonExpression_ParseStream(FILE *stream);
 
 /**
- * Parse a file, as ZJsonExpression_ParseStream() does.
+ * Parse a file, as ZJsonExpression_ParseStream() does. A regular file of up to 64 MiB is held in memory as a
+ * whole meanwhile.
  *
  * @param out  receives the document; untouched when the file cannot be opened
  * @param path the file's name

@@ -161,8 +161,15 @@ ZORVCRT_AVX512 inline uint8_t *add_step(const char *text, std::size_t n, uint64_
 // so they are strung together here; packing a batch at a time keeps loads away from stores just made.
 struct Batch {
   static constexpr std::size_t kSteps = 32;
-  // Not aligned to 64 bytes: gcc 12 counts on that, and with the address sanitizer it provides only 32.
-  alignas(32) uint8_t sextets[(kSteps + 2) * kStepSextets];  // what was left, the steps, and a store too wide
+  uint8_t sextets[(kSteps + 2) * kStepSextets];  // what was left, the steps, and a store too wide
+
+  // Where the sextets begin, with nothing known of the address: gcc 12 takes it for aligned to 64 bytes,
+  // which it is not on the stack that the address sanitizer provides.
+  uint8_t *start() {
+    uint8_t *address = sextets;
+    __asm__("" : "+r"(address));
+    return address;
+  }
 
   // Adds so many steps. Where a character is skipped is found out in front for all of them: what hangs on it
   // would else wait for it, which takes a third longer. Meanwhile comes what is so far ahead; without that, a
@@ -182,12 +189,13 @@ struct Batch {
 
   // Packs all but the last up to 63 sextets, which move to the front. Gives their end.
   ZORVCRT_AVX512 uint8_t *pack_steps(const uint8_t *end, uint8_t *&out) {
-    const uint8_t *from = sextets;
+    uint8_t *const begin = start();
+    const uint8_t *from = begin;
     for (; end - from >= static_cast<std::ptrdiff_t>(kStepSextets); from += kStepSextets, out += kStepBytes) {
       pack(out, load(from));
     }
-    if (from != sextets) store(sextets, load(from));
-    return sextets + (end - from);
+    if (from != begin) store(begin, load(from));
+    return begin + (end - from);
   }
 };
 
@@ -223,13 +231,14 @@ ZORVCRT_AVX512 std::size_t base64_encode_widest(const uint8_t *data, std::size_t
 }
 
 ZORVCRT_AVX512 std::size_t base64_decode_widest(const char *text, std::size_t n, uint8_t *out) {
+  if (n == 0) return 0;  // there may be no text at all
   const uint8_t *const start = out;
   const std::size_t done = decode_clean(text, n, out);
   out += done / 4 * 3;
   text += done;
   n -= done;
   Batch batch;
-  uint8_t *end = batch.sextets;
+  uint8_t *end = batch.start();
   while (n >= kStepSextets) {
     const std::size_t steps = std::min(Batch::kSteps, n / kStepSextets);
     const std::size_t size = steps * kStepSextets;
@@ -239,9 +248,9 @@ ZORVCRT_AVX512 std::size_t base64_decode_widest(const char *text, std::size_t n,
   }
   const uint64_t invalid = invalid_in(_mm512_maskz_loadu_epi8(first(n), text)) & first(n);
   end = batch.pack_steps(add_step(text, n, invalid, end), out);
-  const auto left = static_cast<std::size_t>(end - batch.sextets);
+  const auto left = static_cast<std::size_t>(end - batch.start());
   const std::size_t bytes = left * 3 / 4;
-  const __m512i sextets = _mm512_maskz_mov_epi8(first(left), load(batch.sextets));
+  const __m512i sextets = _mm512_maskz_mov_epi8(first(left), load(batch.start()));
   _mm512_mask_storeu_epi8(out, first(bytes), bytes_of(sextets));
   return static_cast<std::size_t>(out + bytes - start);
 }
