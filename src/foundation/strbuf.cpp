@@ -35,13 +35,19 @@ int32_t length_within(const Text &buffer, const char *text, int32_t n) {
   return static_cast<int32_t>(std::min<int64_t>(length, buffer.data + buffer.block_size - text));
 }
 
-// Kept out of line so that strbuf_append() needs no stack frame for its usual case.
+// Kept out of append_in_block() so that it saves few registers.
 [[gnu::noinline]] char *append_any(Text &buffer, const char *text, int32_t n) {
+  return append_text(buffer, text, length_within(buffer, text, n));
+}
+
+// The step that a short append often takes. Kept out of line so that strbuf_append() needs no stack frame for
+// its usual case.
+[[gnu::noinline]] char *append_in_block(Text &buffer, const char *text, int32_t n) {
   if (n > 0 && buffer.length > 0 && text != nullptr && !zorvcrt::lies_in_block(buffer, text) &&
       zorvcrt::grow_in_block(buffer, n)) {
     return zorvcrt::write_at_end(buffer, text, n);
   }
-  return append_text(buffer, text, length_within(buffer, text, n));
+  return append_any(buffer, text, n);
 }
 
 zorvcrt::UniqueMalloc<char> copy_of(std::string_view text) {
@@ -70,6 +76,7 @@ struct Ending {
   void restore(Text &buffer) const {
     buffer.length = length;
     buffer.end = buffer.data + end;
+    buffer.reach = buffer.end;
     std::memset(buffer.data + length, 0, bytes(end - length + 1));
   }
 
@@ -140,10 +147,8 @@ char *strbuf_append(strbuf *buffer, const char *text, int32_t n) {
   if (buffer == nullptr) return nullptr;
   Text &self = text_of(buffer);
   // The usual case at once; the rest of the family goes through append_text().
-  if (n > 0 && self.length > 0 && zorvcrt::has_room_at_end(self, n)) {
-    return zorvcrt::write_at_end(self, text, n);
-  }
-  return append_any(self, text, n);
+  if (zorvcrt::is_within_reach(self, n)) return zorvcrt::write_at_end(self, text, n);
+  return append_in_block(self, text, n);
 }
 
 int32_t strbuf_reserve(strbuf *buffer, int32_t n) {
@@ -277,4 +282,5 @@ void strbuf_trim(strbuf *buffer) {
   std::memmove(buffer->data, kept.data(), kept.size());
   std::memset(buffer->data + kept.size(), 0, text.size() - kept.size());
   buffer->length = static_cast<int32_t>(kept.size());
+  text_of(buffer).reach = buffer->end;
 }

@@ -29,6 +29,7 @@ bool enlarge_block(Text &buffer, int64_t size) {
   if (block == nullptr) return false;
   buffer.data = static_cast<char *>(block);
   buffer.end = buffer.data + offset;
+  buffer.reach = buffer.end;
   buffer.block_size = taken;
   return true;
 }
@@ -108,18 +109,14 @@ bool make_room(Text &buffer, int32_t n, int32_t about_to_be_written) {
   return true;
 }
 
-bool lies_in_block(const Text &buffer, const char *text) {
-  const auto address = reinterpret_cast<uintptr_t>(text);
-  const auto block = reinterpret_cast<uintptr_t>(buffer.data);
-  return address >= block && address < block + bytes(buffer.block_size);
-}
-
 char *append_text(Text &buffer, const char *text, int32_t n) {
   if (buffer.length == 0) return set_text(buffer, text, n);
   const bool own = text != nullptr && lies_in_block(buffer, text);
   const int64_t offset = own ? text - buffer.data : 0;
   if (!make_room(buffer, n, text == nullptr ? 0 : n)) return nullptr;
-  return write_at_end(buffer, own ? buffer.data + offset : text, n);
+  char *const position = write_at_end(buffer, own ? buffer.data + offset : text, n);
+  find_reach(buffer);
+  return position;
 }
 
 }  // namespace zorvcrt

@@ -297,6 +297,11 @@ TEST(StrbufInsert, InsertsAllOrNothingWhenMemoryRunsOutInBetween) {
           ++refused;
           EXPECT_EQ(buffer->data[before.size()], '\0');
           EXPECT_EQ(buffer->end - buffer->data, end);
+          for (int more = 0; more < 40; ++more) {
+            ASSERT_EQ(strbuf_append(buffer.get(), "y", 1) + 1, buffer->end);
+            ASSERT_EQ(buffer->end[-1], 'y');
+            ASSERT_LT(static_cast<std::size_t>(buffer->end - buffer->data), malloc_usable_size(buffer->data));
+          }
         }
       }
     }
@@ -534,6 +539,10 @@ TEST(StrbufTrim, KeepsTheEndInsideTheBlockWhateverIsAppendedThere) {
         strbuf_append(buffer.get(), appended.c_str(), n);
         ASSERT_LT(static_cast<std::size_t>(buffer->end - buffer->data), malloc_usable_size(buffer->data));
         ASSERT_EQ(*buffer->end, '\0') << step << ' ' << blanks << ' ' << n;
+        for (int32_t more = n; more < 2 * step; ++more) {
+          strbuf_append(buffer.get(), "y", 1);
+          ASSERT_LT(static_cast<std::size_t>(buffer->end - buffer->data), malloc_usable_size(buffer->data));
+        }
       }
     }
   }
