@@ -236,10 +236,10 @@ def introduction(groups, packages):
     repetitions = max(len(one.times) for one in measured)
     return [
         "# Measured speed", "",
-        "Made by `./bench.sh`. All contenders of a group were measured in one run of one program, their repetitions",
-        "interleaved at random; shown are ratios of the medians of their processor times. Absolute times depend on",
-        "the machine and on what else it did; half the distance between the quartiles is given with them. In italics:",
-        "what does less than the work and shows what bounds it.", "",
+        "Made by `./bench.sh`. All contenders of a group were measured in one run of a process of their own, their",
+        "repetitions interleaved at random; shown are ratios of the medians of their processor times. Absolute times",
+        "depend on the machine and on what else it did; half the distance between the quartiles is given with them.",
+        "In italics: what does less than the work and shows what bounds it.", "",
         *machine.description(packages),
         f"- Repetitions of each contender: {repetitions}", "",
         f"Of {len(aims)} aims {sum(reached is True for reached in aims)} are reached.", "",
