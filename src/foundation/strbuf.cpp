@@ -147,7 +147,9 @@ char *strbuf_append(strbuf *buffer, const char *text, int32_t n) {
   if (buffer == nullptr) return nullptr;
   Text &self = text_of(buffer);
   // The usual case at once; the rest of the family goes through append_text().
-  if (zorvcrt::is_within_reach(self, n)) return zorvcrt::write_at_end(self, text, n);
+  if (zorvcrt::is_within_reach(self, n) && (n == 1 || !zorvcrt::lies_behind_text(self, text))) {
+    return zorvcrt::write_at_end(self, text, n);
+  }
   return append_in_block(self, text, n);
 }
 

@@ -66,6 +66,13 @@ inline bool lies_in_block(const Text &buffer, const char *text) {
   return address >= block && address < block + bytes(buffer.block_size);
 }
 
+/// Whether a text begins where the block goes on behind the buffer's own text. It may not be all there.
+inline bool lies_behind_text(const Text &buffer, const char *text) {
+  const auto address = reinterpret_cast<uintptr_t>(text);
+  return address >= reinterpret_cast<uintptr_t>(buffer.end) &&
+         address < reinterpret_cast<uintptr_t>(buffer.data) + bytes(buffer.block_size);
+}
+
 /// The capacity for length bytes: the next whole number of steps above them.
 inline int64_t capacity_above(uint32_t length, int32_t step) {
   const auto width = static_cast<uint32_t>(step);

@@ -629,6 +629,17 @@ TEST(Strbuf, AgreesByteForByteWithThePlainRulesOverRandomScripts) {
   }
 }
 
+TEST(strbuf, TakesNoMoreFromBehindItsTextThanItsBlockHolds) {
+  for (const int32_t offset : {6, 59, 60, 66, 67}) {  // 64 + 1 bytes, rounded up to 68
+    for (const int32_t n : {1, 2, 8, 9, 20, 50}) {
+      const Buffer buffer = make(64, "hello");
+      strbuf_append(buffer.get(), "!", 1);
+      strbuf_append(buffer.get(), buffer->data + offset, n);
+      EXPECT_EQ(buffer->length, 6 + std::min(n, 68 - offset)) << offset << ' ' << n;
+    }
+  }
+}
+
 TEST(strbuf, TakesNoMoreOfItsOwnTextThanItsBlockHolds) {
   constexpr int32_t kFarTooMany = 50000000;
   strbuf *buffer = strbuf_create(16, "hello");
