@@ -12,11 +12,13 @@
 #include <ostream>
 #include <set>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "exported_names.hpp"
 #include "failing_allocator.hpp"
+#include "rows.hpp"
 
 namespace faults {
 
@@ -54,17 +56,7 @@ class Fault {
   bool struck_ = false;
 };
 
-/// An export under failures: the scenario makes what it needs, makes the call, judges its result, uses the
-/// object once more with memory, and releases everything.
-struct FaultedCall {
-  const char *name;
-  const char *circumstance;
-  void (*scenario)(Fault &fault);
-  bool may_keep_blocks = false;
-};
-
-/// Variables of the environment are never given back, so blocks cannot be counted.
-inline constexpr bool kEnvironmentKeepsBlocks = true;
+using FaultedCall = Row<Fault>;
 
 /// An export that takes no memory, with a call that would show it.
 struct QuietCall {
@@ -72,20 +64,9 @@ struct QuietCall {
   void (*call)();
 };
 
-inline void PrintTo(const FaultedCall &call, std::ostream *out) {
-  *out << call.name << "_" << call.circumstance;
-}
 inline void PrintTo(const QuietCall &call, std::ostream *out) {
   *out << call.name;
 }
-
-/// The name of a table's row as part of a test's name.
-struct RowName {
-  template <class Row>
-  std::string operator()(const ::testing::TestParamInfo<Row> &info) const {
-    return ::testing::PrintToString(info.param);
-  }
-};
 
 inline void run_scenario(const FaultedCall &call, Fault &fault) {
   const long before = support::live_blocks();
@@ -134,6 +115,22 @@ struct Releaser {
 template <class T, auto kRelease>
 using Owner = std::unique_ptr<T, Releaser<kRelease>>;
 using Text = Owner<char, std::free>;
+
+/// For a call that gives an object of the caller's, or null exactly when memory has run out. What else must
+/// hold of the object is looked at by the last argument.
+template <auto kRelease, class Make, class Expect>
+void expect_made(Fault &fault, Make make, Expect expect) {
+  auto *object = fault.during(make);
+  const Owner<std::remove_pointer_t<decltype(object)>, kRelease> owner(object);
+  EXPECT_EQ(object != nullptr, !fault.struck());
+  if (object != nullptr) expect(object);
+}
+
+/// The same as a whole scenario.
+template <auto kMake, auto kRelease, auto kExpect = [](const void *) {}>
+void make(Fault &fault) {
+  expect_made<kRelease>(fault, kMake, kExpect);
+}
 
 template <class... Tables>
 std::set<std::string> names_in(const Tables &...tables) {

@@ -6,13 +6,13 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <ostream>
 #include <string>
 #include <string_view>
 
 #include "failing_allocator.hpp"
 #include "failing_calls.hpp"
 #include "files.hpp"
+#include "rows.hpp"
 
 namespace faults {
 
@@ -68,20 +68,7 @@ class CallFault {
   std::size_t ways_ = 0;
 };
 
-/// An export under failures, as FaultedCall of allocation_walk.hpp.
-struct SystemCall {
-  const char *name;
-  const char *circumstance;
-  void (*scenario)(CallFault &fault);
-  bool may_keep_blocks = false;
-};
-
-/// Variables of the environment are never given back, so blocks cannot be counted.
-inline constexpr bool kEnvironmentKeepsBlocks = true;
-
-inline void PrintTo(const SystemCall &call, std::ostream *out) {
-  *out << call.name << "_" << call.circumstance;
-}
+using SystemCall = Row<CallFault>;
 
 /// Makes the call once; false when it had nothing left to fail.
 inline bool run_scenario(const SystemCall &call, CallFault &fault) {
@@ -122,11 +109,5 @@ inline void walk(const SystemCall &call, support::CallsOf whose = support::Calls
   EXPECT_GT(orders, 0U) << "the call asks nothing of the system";
   ::testing::Test::RecordProperty("ordered_failures", static_cast<int>(orders));
 }
-
-struct CallName {
-  std::string operator()(const ::testing::TestParamInfo<SystemCall> &info) const {
-    return ::testing::PrintToString(info.param);
-  }
-};
 
 }  // namespace faults

@@ -64,64 +64,36 @@ void expect_no_child() {
   EXPECT_EQ(errno, ECHILD);
 }
 
-template <class Execute>
-void execute_by(CallFault &fault, int redirected, Execute execute) {
+// What a call is given: a stream for the handles that it redirects, and where the process id goes.
+struct Start {
+  const char *command;
+  int stream;
+  uint32_t *process;
+};
+
+template <auto kExecute, int kRedirected = 0>
+void execute(CallFault &fault) {
   const std::string command = std::string("/bin/sh -c '") + kScript + "'";
   const Stream stream;
   uint32_t process = 0;
   std::fflush(nullptr);  // a child without a program writes out what is left here
-  const int32_t status = fault.during([&] { return execute(command.c_str(), stream.get(), &process); });
+  const int32_t status = fault.during([&] { return kExecute({command.c_str(), stream.get(), &process}); });
   ASSERT_TRUE(WIFEXITED(status)) << status;
-  expect_code(fault, WEXITSTATUS(status), redirected, 1);
+  expect_code(fault, WEXITSTATUS(status), kRedirected, 1);
   expect_no_child();
 }
 
-void execute(CallFault &fault) {
-  execute_by(fault, 0, [](const char *command, int, uint32_t *) { return ZfxExec(command, 1); });
-}
-
-void execute_with_id(CallFault &fault) {
-  execute_by(fault, 0,
-             [](const char *command, int, uint32_t *process) { return ZfxExecP(command, 1, process); });
-}
-
-void execute_with_value(CallFault &fault) {
-  execute_by(fault, 0,
-             [](const char *command, int, uint32_t *process) { return ZfxExecWP(command, 1, 0, process); });
-}
-
-void redirect_input(CallFault &fault) {
-  execute_by(fault, kIn, [](const char *command, int stream, uint32_t *process) {
-    return ZfxExecPR(command, 1, stream, -1, -1, process);
-  });
-}
-
-void redirect_output(CallFault &fault) {
-  execute_by(fault, kOut, [](const char *command, int stream, uint32_t *process) {
-    return ZfxExecPR(command, 1, -1, stream, -1, process);
-  });
-}
-
-void redirect_errors(CallFault &fault) {
-  execute_by(fault, kErr, [](const char *command, int stream, uint32_t *process) {
-    return ZfxExecPR(command, 1, -1, -1, stream, process);
-  });
-}
-
-void redirect_all(CallFault &fault) {
-  execute_by(fault, kAll, [](const char *command, int stream, uint32_t *process) {
-    return ZfxExecImpl(command, 1, process, 0, stream, stream, stream);
-  });
+int32_t redirect_all(Start start) {
+  return ZfxExecImpl(start.command, 1, start.process, 0, start.stream, start.stream, start.stream);
 }
 
 // Handles that are in their places already only need to survive the start.
-void redirect_to_themselves(CallFault &fault) {
-  execute_by(fault, kAll, [](const char *command, int, uint32_t *process) {
-    return ZfxExecImpl(command, 1, process, 0, STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO);
-  });
+int32_t redirect_to_themselves(Start start) {
+  return ZfxExecImpl(start.command, 1, start.process, 0, STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO);
 }
 
-void hand_over(CallFault &fault, bool output_too) {
+template <bool kOutputToo>
+void hand_over(CallFault &fault) {
   const Stream in;
   const Stream out;
   const Stream listener;
@@ -133,7 +105,7 @@ void hand_over(CallFault &fault, bool output_too) {
   std::fflush(nullptr);
   const int32_t result = fault.during([&] {
     const int32_t started = ZfxRedirToChildProcess(0, 0, "/bin/sh", 3, arguments, nullptr, listener.get(),
-                                                   in.get(), output_too ? out.get() : 0, &process);
+                                                   in.get(), kOutputToo ? out.get() : 0, &process);
     // The failures are the child's: they are over when it has ended.
     siginfo_t end = {};
     EXPECT_EQ(::waitid(P_PID, process, &end, WEXITED | WNOWAIT), 0);
@@ -142,29 +114,28 @@ void hand_over(CallFault &fault, bool output_too) {
   EXPECT_EQ(result, 0);
   int32_t code = -1;
   EXPECT_EQ(ZfxWaitProcess(process, -1, &code), 1);
-  expect_code(fault, code, output_too ? kIn | kOut : kIn, 255);
+  expect_code(fault, code, kOutputToo ? kIn | kOut : kIn, 255);
   expect_no_child();
 }
 
-void hand_over_input(CallFault &fault) {
-  hand_over(fault, false);
-}
-
-void hand_over_both(CallFault &fault) {
-  hand_over(fault, true);
-}
-
 constexpr SystemCall kCalls[] = {
-    {"ZfxExec", "AsItIs", execute},
-    {"ZfxExecImpl", "AllHandles", redirect_all},
-    {"ZfxExecImpl", "HandlesInPlace", redirect_to_themselves},
-    {"ZfxExecP", "AsItIs", execute_with_id},
-    {"ZfxExecPR", "Input", redirect_input},
-    {"ZfxExecPR", "Output", redirect_output},
-    {"ZfxExecPR", "Errors", redirect_errors},
-    {"ZfxExecWP", "AsItIs", execute_with_value},
-    {"ZfxRedirToChildProcess", "Input", hand_over_input},
-    {"ZfxRedirToChildProcess", "InputAndOutput", hand_over_both},
+    {"ZfxExec", "AsItIs", execute<[](Start start) { return ZfxExec(start.command, 1); }>},
+    {"ZfxExecImpl", "AllHandles", execute<redirect_all, kAll>},
+    {"ZfxExecImpl", "HandlesInPlace", execute<redirect_to_themselves, kAll>},
+    {"ZfxExecP", "AsItIs", execute<[](Start start) { return ZfxExecP(start.command, 1, start.process); }>},
+    {"ZfxExecPR", "Input",
+     execute<[](Start start) { return ZfxExecPR(start.command, 1, start.stream, -1, -1, start.process); },
+             kIn>},
+    {"ZfxExecPR", "Output",
+     execute<[](Start start) { return ZfxExecPR(start.command, 1, -1, start.stream, -1, start.process); },
+             kOut>},
+    {"ZfxExecPR", "Errors",
+     execute<[](Start start) { return ZfxExecPR(start.command, 1, -1, -1, start.stream, start.process); },
+             kErr>},
+    {"ZfxExecWP", "AsItIs",
+     execute<[](Start start) { return ZfxExecWP(start.command, 1, 0, start.process); }>},
+    {"ZfxRedirToChildProcess", "Input", hand_over<false>},
+    {"ZfxRedirToChildProcess", "InputAndOutput", hand_over<true>},
 };
 
 struct ChildRefused : ::testing::TestWithParam<SystemCall> {};
@@ -173,6 +144,6 @@ TEST_P(ChildRefused, TellsItByItsEndWhicheverSystemCallFails) {
   faults::walk(GetParam(), support::CallsOf::kChild);
 }
 
-INSTANTIATE_TEST_SUITE_P(Call, ChildRefused, ::testing::ValuesIn(kCalls), faults::CallName());
+INSTANTIATE_TEST_SUITE_P(Call, ChildRefused, ::testing::ValuesIn(kCalls), faults::RowName());
 
 }  // namespace

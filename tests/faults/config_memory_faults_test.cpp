@@ -17,6 +17,7 @@
 
 namespace {
 
+using faults::expect_text;
 using faults::Fault;
 using faults::FaultedCall;
 using faults::Owner;
@@ -72,8 +73,6 @@ void open_configuration(Fault &fault) {
   }
 }
 
-using Set = int32_t (*)(ConfigSection *);
-
 // Sets an entry that is "old", or there is none, to "new".
 void set_entry(Fault &fault, const char *key, const char *before) {
   const support::TemporaryFolder folder;
@@ -90,14 +89,6 @@ void set_entry(Fault &fault, const char *key, const char *before) {
   EXPECT_EQ(value(), fault.struck() ? before : long_value);
   EXPECT_EQ(Config_SetEntry(section, key, "new"), 0);
   EXPECT_EQ(value(), "new");
-}
-
-void set_present_entry(Fault &fault) {
-  set_entry(fault, "there", "old");
-}
-
-void set_new_entry(Fault &fault) {
-  set_entry(fault, "absent", "");
 }
 
 // What one file cannot give for lack of memory it does not give at all, or gives at the next merge.
@@ -156,10 +147,7 @@ void expect_settings(bool may_lack) {
   const std::pair<const char *, const char *> settings[] = {
       {"PLAIN", "1"}, {"SECRET", "2"}, {"OWN", "4"}, {"MORE", "5"}};
   for (const auto &[name, value] : settings) {
-    const char *found = QuorConfQuery(name, QUOR_LEVEL_ALL);
-    if (found != nullptr || !may_lack) {
-      EXPECT_STREQ(found, value) << name;
-    }
+    expect_text(name, QuorConfQuery(name, QUOR_LEVEL_ALL), value, may_lack);
   }
   const char *reference = QuorConfQuery("REFERENCE", QUOR_LEVEL_ALL);
   if (reference == nullptr || std::string(reference) != "1-x") {
@@ -168,56 +156,37 @@ void expect_settings(bool may_lack) {
 }
 
 // The call loads the settings, as far as there is memory for them. After that they can be loaded whole.
-template <class Call>
-void load_by(Fault &fault, Call call) {
+template <auto kCall>
+void load(Fault &fault) {
   const Installation installation;
-  fault.during(call);
+  fault.during(kCall);
   expect_settings(fault.struck());
   QuorConfRemove();
   expect_settings(false);
   EXPECT_STREQ(QuorConfQuery("QUOR_BLOCK_SIZE", QUOR_LEVEL_ALL), "2048");
 }
 
-void load_and_create(Fault &fault) {
-  load_by(fault, [] { EXPECT_EQ(QuorConfCreate(), 0); });
-}
-
-void load_and_ask(Fault &fault) {
-  load_by(fault, [] {
+void load_by_asking(Fault &fault) {
+  load<[] {
     const int32_t exists = QuorConfExists();
     EXPECT_TRUE(exists == 1 || exists == 0);
-  });
+  }>(fault);
   const Installation installation;
   EXPECT_EQ(QuorConfExists(), 1);
   QuorConfRemove();
 }
 
-void load_and_query(Fault &fault) {
-  load_by(fault, [] { QuorConfQuery("PLAIN", QUOR_LEVEL_ALL); });
-}
-
-void load_and_walk(Fault &fault) {
-  load_by(fault, [] {
-    QuorConfStart();
-    while (QuorConfNext(nullptr, nullptr) != nullptr) {
-    }
-  });
-}
-
-void load_and_print(Fault &fault) {
+void load_by_printing(Fault &fault) {
   support::CapturedDescriptor output(STDOUT_FILENO);
-  load_by(fault, [] { QuorConfPrint(); });
+  load<QuorConfPrint>(fault);
   EXPECT_TRUE(fault.struck() || output.text().find("\tPLAIN\t1\n") != std::string::npos) << output.text();
 }
 
-void load_and_update(Fault &fault) {
+void load_by_updating(Fault &fault) {
   const Installation installation;
   fault.during([] { QuorConfUpdate("CHANGED", "value"); });
   expect_settings(fault.struck());
-  const char *changed = QuorConfQuery("CHANGED", QUOR_LEVEL_ALL);
-  if (changed != nullptr || !fault.struck()) {
-    EXPECT_STREQ(changed, "value");
-  }
+  expect_text("CHANGED", QuorConfQuery("CHANGED", QUOR_LEVEL_ALL), "value", fault.struck());
   QuorConfUpdate("CHANGED", "again");
   EXPECT_STREQ(QuorConfQuery("CHANGED", QUOR_LEVEL_ALL), "again");
 }
@@ -266,10 +235,7 @@ void export_settings(Fault &fault) {
   fault.during([] { QuorConfCreate(); });
   EXPECT_STREQ(std::getenv("BEFORE"), "kept");
   for (const auto &[name, value] : {std::pair{"PLAIN", "1"}, {"SECRET", "2"}, {"OWN", "4"}, {"MORE", "5"}}) {
-    const char *variable = std::getenv(name);
-    if (variable != nullptr || !fault.struck()) {
-      EXPECT_STREQ(variable, value) << name;
-    }
+    expect_text(name, std::getenv(name), value, fault.struck());
     ::unsetenv(name);
   }
   EXPECT_EQ(::setenv("BEHIND", "works", 1), 0);
@@ -288,9 +254,7 @@ void load_developer_file(Fault &fault) {
   const faults::ProcessEnd end = faults::end_of(
       [&] {
         const char *plain = fault.during([] { return QuorConfQuery("PLAIN", QUOR_LEVEL_ALL); });
-        if (plain != nullptr || !fault.struck()) {
-          EXPECT_STREQ(plain, "dev");
-        }
+        expect_text("PLAIN", plain, "dev", fault.struck());
       },
       [&] { return fault.struck(); });
   fault.note_struck(end.struck);
@@ -305,16 +269,10 @@ void read_in_a_new_thread(Fault &fault, Read read) {
   support::write_file(kSystemFile, "PLAIN=1\n");
   std::thread([&] {
     const Owner<char, ZfxFreeRCS> value(fault.during([&] { return read("PLAIN"); }));
-    if (value != nullptr || !fault.struck()) {
-      EXPECT_STREQ(value.get(), "1");
-    }
+    expect_text("PLAIN", value.get(), "1", fault.struck());
     const Owner<char, ZfxFreeRCS> again(read("PLAIN"));
     EXPECT_STREQ(again.get(), "1");
   }).join();
-}
-
-void read_setting(Fault &fault) {
-  read_in_a_new_thread(fault, [](const char *name) { return ZfxReadRCS(name, 7); });
 }
 
 void read_variable(Fault &fault) {
@@ -338,21 +296,26 @@ void read_setting_by_own_key(Fault &fault) {
 constexpr FaultedCall kFaulted[] = {
     {"Config_DirOpen", "ManySections", merge_folder},
     {"Config_Open", "ManySections", open_configuration},
-    {"Config_SetEntry", "Present", set_present_entry},
-    {"Config_SetEntry", "New", set_new_entry},
+    {"Config_SetEntry", "Present", [](Fault &fault) { set_entry(fault, "there", "old"); }},
+    {"Config_SetEntry", "New", [](Fault &fault) { set_entry(fault, "absent", ""); }},
     {"Config_TokenizeValue", "List", split_value},
-    {"QuorConfCreate", "Load", load_and_create},
+    {"QuorConfCreate", "Load", load<[] { EXPECT_EQ(QuorConfCreate(), 0); }>},
     {"QuorConfCreate", "Export", export_settings, faults::kEnvironmentKeepsBlocks},
-    {"QuorConfExists", "Load", load_and_ask},
-    {"QuorConfPrint", "Load", load_and_print},
-    {"QuorConfQuery", "Load", load_and_query},
+    {"QuorConfExists", "Load", load_by_asking},
+    {"QuorConfPrint", "Load", load_by_printing},
+    {"QuorConfQuery", "Load", load<[] { QuorConfQuery("PLAIN", QUOR_LEVEL_ALL); }>},
     {"QuorConfQuery", "LoadOfADevelopersFile", load_developer_file},
     {"QuorConfSetPath", "Load", choose_path},
-    {"QuorConfStart", "Load", load_and_walk},
-    {"QuorConfUpdate", "Load", load_and_update},
+    {"QuorConfStart", "Load", load<[] {
+       QuorConfStart();
+       while (QuorConfNext(nullptr, nullptr) != nullptr) {
+       }
+     }>},
+    {"QuorConfUpdate", "Load", load_by_updating},
     {"QuorConfUpdate", "Change", change_setting},
     {"QuorConfUpdate", "Remove", remove_setting},
-    {"ZfxReadRCS", "FromTheFile", read_setting},
+    {"ZfxReadRCS", "FromTheFile",
+     [](Fault &fault) { read_in_a_new_thread(fault, [](const char *name) { return ZfxReadRCS(name, 7); }); }},
     {"ZfxReadRCS", "FromTheEnvironment", read_variable},
     {"ZfxReadTlsRCS", "FromTheFile", read_setting_by_own_key},
 };

@@ -1,6 +1,7 @@
 // The foundation without memory: texts, lists and the heap wrappers.
 #include <cstring>
 #include <string>
+#include <type_traits>
 
 #include "CompareString.h"
 #include "GetErrorNumber.h"
@@ -19,6 +20,7 @@ namespace {
 
 using faults::Fault;
 using faults::FaultedCall;
+using faults::make;
 using faults::Owner;
 using faults::QuietCall;
 using faults::Text;
@@ -41,10 +43,25 @@ void expect_usable(const Buffer &buffer) {
   EXPECT_EQ(text_of(buffer), std::string("usable") + kLong);
 }
 
-// The text after a call that gives null when the text cannot be had.
-void expect_whole_or_unchanged(const Buffer &buffer, const char *result, const std::string &whole) {
-  EXPECT_EQ(text_of(buffer), result == nullptr ? "abc" : whole);
+void expect_changed(const Fault &fault, const Buffer &buffer, const std::string &changed,
+                    const std::string &before = "abc") {
+  const std::string text = text_of(buffer);
+  EXPECT_TRUE(text == changed || (fault.struck() && text == before)) << text;
   expect_usable(buffer);
+}
+
+// A change of a text is made or, for lack of memory, not. Calls that give a text tell by null that it is not.
+template <class Call>
+void change(Fault &fault, const char *before, const std::string &changed, Call call) {
+  const Buffer buffer(strbuf_create(4, before));
+  const auto make = [&] { return call(buffer.get()); };
+  if constexpr (std::is_void_v<decltype(make())>) {
+    fault.during(make);
+  } else {
+    const bool is_made = fault.during(make) != nullptr;
+    EXPECT_EQ(text_of(buffer) == changed, is_made);
+  }
+  expect_changed(fault, buffer, changed, before);
 }
 
 void create_buffer(Fault &fault) {
@@ -57,15 +74,6 @@ void create_buffer(Fault &fault) {
     EXPECT_EQ(strbuf_length(buffer.get()), 0U);
   }
   expect_usable(buffer);
-}
-
-void replace_text(Fault &fault) {
-  const Buffer buffer(strbuf_create(4, "abc"));
-  const char *result = fault.during([&] { return strbuf_set_str(buffer.get(), kLong, -1); });
-  if (!fault.struck()) {
-    EXPECT_NE(result, nullptr);
-  }
-  expect_whole_or_unchanged(buffer, result, kLong);
 }
 
 // A buffer that could have no text at first.
@@ -98,30 +106,8 @@ void append_to_buffer_without_text(Fault &fault) {
 
 void copy_buffer(Fault &fault) {
   const Buffer source(strbuf_create(4, kLong));
-  const Buffer buffer(strbuf_create(4, "abc"));
-  fault.during([&] { strbuf_copy(buffer.get(), source.get()); });
-  const std::string text = text_of(buffer);
-  EXPECT_TRUE(text == kLong || (fault.struck() && text == "abc")) << text;
+  change(fault, "abc", kLong, [&](strbuf *buffer) { strbuf_copy(buffer, source.get()); });
   EXPECT_EQ(text_of(source), kLong);
-  expect_usable(buffer);
-}
-
-void append_text(Fault &fault) {
-  const Buffer buffer(strbuf_create(4, "abc"));
-  const char *result = fault.during([&] { return strbuf_append(buffer.get(), kLong, -1); });
-  if (!fault.struck()) {
-    EXPECT_NE(result, nullptr);
-  }
-  expect_whole_or_unchanged(buffer, result, std::string("abc") + kLong);
-}
-
-void append_own_text(Fault &fault) {
-  const Buffer buffer(strbuf_create(4, kLong));
-  const char *result =
-      fault.during([&] { return strbuf_append(buffer.get(), strbuf_get(buffer.get()), -1); });
-  EXPECT_TRUE(result != nullptr || fault.struck());
-  EXPECT_EQ(text_of(buffer), result == nullptr ? kLong : std::string(kLong) + kLong);
-  expect_usable(buffer);
 }
 
 void reserve_room(Fault &fault) {
@@ -132,24 +118,6 @@ void reserve_room(Fault &fault) {
   EXPECT_EQ(buffer->capacity > capacity, result == 0);
   EXPECT_EQ(text_of(buffer), "abc");
   expect_usable(buffer);
-}
-
-void expect_inserted_or_unchanged(Fault &fault, const Buffer &buffer, const std::string &whole) {
-  const std::string text = text_of(buffer);
-  EXPECT_TRUE(text == whole || (fault.struck() && text == "abc")) << text;
-  expect_usable(buffer);
-}
-
-void insert_text(Fault &fault) {
-  const Buffer buffer(strbuf_create(4, "abc"));
-  fault.during([&] { strbuf_insert(buffer.get(), kLong, -1, 1); });
-  expect_inserted_or_unchanged(fault, buffer, std::string("a") + kLong + "bc");
-}
-
-void insert_own_text(Fault &fault) {
-  const Buffer buffer(strbuf_create(4, "abc"));
-  fault.during([&] { strbuf_insert(buffer.get(), strbuf_get(buffer.get()), -1, 1); });
-  expect_inserted_or_unchanged(fault, buffer, "aabcbc");
 }
 
 void detach_text(Fault &fault) {
@@ -173,10 +141,10 @@ void format_text(Fault &fault) {
 }
 
 void append_formatted(Fault &fault) {
-  const Buffer buffer(strbuf_create(4, "abc"));
-  const int32_t count = fault.during([&] { return strbuf_append_format(buffer.get(), "%s!", kLong); });
+  int32_t count = 0;
+  change(fault, "abc", std::string("abc") + kLong + "!",
+         [&](strbuf *buffer) { count = strbuf_append_format(buffer, "%s!", kLong); });
   EXPECT_EQ(count, static_cast<int32_t>(std::strlen(kLong)) + 1);
-  expect_inserted_or_unchanged(fault, buffer, std::string("abc") + kLong + "!");
 }
 
 void borrow_area(Fault &fault) {
@@ -197,7 +165,7 @@ void take_over_area(Fault &fault) {
   std::strcpy(strbuf_getBufferSetLength(buffer.get(), 100), kLong);
   fault.during([&] { strbuf_releaseBuffer(buffer.get(), 1, -1); });
   EXPECT_EQ(buffer->scratch, nullptr) << "the loan ends in every case";
-  expect_inserted_or_unchanged(fault, buffer, kLong);
+  expect_changed(fault, buffer, kLong);
 }
 
 void expect_texts(const List &list, std::initializer_list<const char *> texts) {
@@ -205,14 +173,6 @@ void expect_texts(const List &list, std::initializer_list<const char *> texts) {
   int32_t index = 0;
   for (const char *text : texts) {
     EXPECT_STREQ(strptrlist_get(list.get(), index++), text);
-  }
-}
-
-void create_list(Fault &fault) {
-  const List list(fault.during([] { return strptrlist_new(); }));
-  EXPECT_EQ(list != nullptr, !fault.struck());
-  if (list != nullptr) {
-    EXPECT_EQ(strptrlist_add(list.get(), "usable"), 0);
   }
 }
 
@@ -226,43 +186,22 @@ void grow_list(Fault &fault) {
   expect_texts(list, {"one", "two"});
 }
 
-using Add = int32_t (*)(strptrlist *list);
-
 // Adds the 32nd text, "x", which needs more slots and a copy, to a list of 31 texts "m". More slots than it
 // asks for may be refused without harm.
-void add_by(Fault &fault, Add add) {
+template <auto kAdd>
+void add(Fault &fault) {
   const List list(strptrlist_new());
   for (int i = 0; i < 31; ++i) {
     strptrlist_add(list.get(), "m");
   }
-  const int32_t result = fault.during([&] { return add(list.get()); });
+  const int32_t result = fault.during([&] { return kAdd(list.get()); });
   EXPECT_TRUE(result == 0 || (fault.struck() && result == -1)) << result;
   EXPECT_EQ(list->count, result == 0 ? 32U : 31U);
   for (int i = 0; i < 31; ++i) {
     EXPECT_STREQ(strptrlist_get(list.get(), i), "m");
   }
-  EXPECT_EQ(add(list.get()), 0);
+  EXPECT_EQ(kAdd(list.get()), 0);
   EXPECT_STREQ(strptrlist_get(list.get(), static_cast<int32_t>(list->count) - 1), "x");
-}
-
-void add_text(Fault &fault) {
-  add_by(fault, [](strptrlist *list) { return strptrlist_add(list, "x"); });
-}
-
-void add_text_of_length(Fault &fault) {
-  add_by(fault, [](strptrlist *list) { return strptrlist_ladd(list, "xy", 1); });
-}
-
-void add_sorted(Fault &fault) {
-  add_by(fault, [](strptrlist *list) { return strptrlist_add_sorted(list, "x"); });
-}
-
-void create_chain(Fault &fault) {
-  const Chain chain(fault.during([] { return DLinkList_New(nullptr); }));
-  EXPECT_EQ(chain != nullptr, !fault.struck());
-  if (chain == nullptr) return;
-  static int item = 0;
-  EXPECT_NE(DLinkList_AppendItem(chain.get(), &item), nullptr);
 }
 
 void append_item(Fault &fault) {
@@ -284,11 +223,6 @@ void allocate_block(Fault &fault) {
   EXPECT_EQ(errno, fault.struck() ? ENOMEM : 0);
 }
 
-void allocate_large_block(Fault &fault) {
-  const Text block(fault.during([] { return static_cast<char *>(ZfxMemAlloc(100000)); }));
-  EXPECT_EQ(block != nullptr, !fault.struck());
-}
-
 void reallocate_block(Fault &fault) {
   Text block(static_cast<char *>(ZfxMemAlloc(8)));
   std::strcpy(block.get(), "kept");
@@ -301,29 +235,30 @@ void reallocate_block(Fault &fault) {
   EXPECT_STREQ(block.get(), "kept");
 }
 
-void duplicate_text(Fault &fault) {
-  const Text copy(fault.during([] { return ZfxStrDup("abc"); }));
-  EXPECT_EQ(copy != nullptr, !fault.struck());
-  if (copy != nullptr) {
-    EXPECT_STREQ(copy.get(), "abc");
-  }
-}
-
-void duplicate_empty_text(Fault &fault) {
-  const Text copy(fault.during([] { return ZfxStrDup(""); }));
-  EXPECT_EQ(copy != nullptr, !fault.struck());
-}
-
 constexpr FaultedCall kFaulted[] = {
     {"DLinkList_AppendItem", "BehindAnother", append_item},
-    {"DLinkList_New", "Empty", create_chain},
+    {"DLinkList_New", "Empty",
+     make<[] { return DLinkList_New(nullptr); }, DLinkList_Delete,
+          [](DLinkList *chain) {
+            static int item = 0;
+            EXPECT_NE(DLinkList_AppendItem(chain, &item), nullptr);
+          }>},
     {"ZfxMemAlloc", "Small", allocate_block},
-    {"ZfxMemAlloc", "Large", allocate_large_block},
+    {"ZfxMemAlloc", "Large", make<[] { return ZfxMemAlloc(100000); }, ZfxMemFree>},
     {"ZfxMemRealloc", "Growing", reallocate_block},
-    {"ZfxStrDup", "Text", duplicate_text},
-    {"ZfxStrDup", "Empty", duplicate_empty_text},
-    {"strbuf_append", "BeyondTheRoom", append_text},
-    {"strbuf_append", "OwnText", append_own_text},
+    {"ZfxStrDup", "Text",
+     make<[] { return ZfxStrDup("abc"); }, ZfxMemFree, [](const char *copy) { EXPECT_STREQ(copy, "abc"); }>},
+    {"ZfxStrDup", "Empty", make<[] { return ZfxStrDup(""); }, ZfxMemFree>},
+    {"strbuf_append", "BeyondTheRoom",
+     [](Fault &fault) {
+       change(fault, "abc", std::string("abc") + kLong,
+              [](strbuf *buffer) { return strbuf_append(buffer, kLong, -1); });
+     }},
+    {"strbuf_append", "OwnText",
+     [](Fault &fault) {
+       change(fault, kLong, std::string(kLong) + kLong,
+              [](strbuf *buffer) { return strbuf_append(buffer, strbuf_get(buffer), -1); });
+     }},
     {"strbuf_append", "ToABufferWithoutText", append_to_buffer_without_text},
     {"strbuf_append_format", "BeyondTheRoom", append_formatted},
     {"strbuf_clear", "OfABufferWithoutText", clear_buffer_without_text},
@@ -332,16 +267,31 @@ constexpr FaultedCall kFaulted[] = {
     {"strbuf_detach", "AndStartAgain", detach_text},
     {"strbuf_format", "BeyondTheRoom", format_text},
     {"strbuf_getBufferSetLength", "Larger", borrow_area},
-    {"strbuf_insert", "BeyondTheRoom", insert_text},
-    {"strbuf_insert", "OwnText", insert_own_text},
+    {"strbuf_insert", "BeyondTheRoom",
+     [](Fault &fault) {
+       change(fault, "abc", std::string("a") + kLong + "bc",
+              [](strbuf *buffer) { strbuf_insert(buffer, kLong, -1, 1); });
+     }},
+    {"strbuf_insert", "OwnText",
+     [](Fault &fault) {
+       change(fault, "abc", "aabcbc",
+              [](strbuf *buffer) { strbuf_insert(buffer, strbuf_get(buffer), -1, 1); });
+     }},
     {"strbuf_releaseBuffer", "BeyondTheRoom", take_over_area},
     {"strbuf_reserve", "Much", reserve_room},
-    {"strbuf_set_str", "BeyondTheRoom", replace_text},
-    {"strptrlist_add", "BeyondTheSlots", add_text},
-    {"strptrlist_add_sorted", "BeyondTheSlots", add_sorted},
+    {"strbuf_set_str", "BeyondTheRoom",
+     [](Fault &fault) {
+       change(fault, "abc", kLong, [](strbuf *buffer) { return strbuf_set_str(buffer, kLong, -1); });
+     }},
+    {"strptrlist_add", "BeyondTheSlots", add<[](strptrlist *list) { return strptrlist_add(list, "x"); }>},
+    {"strptrlist_add_sorted", "BeyondTheSlots",
+     add<[](strptrlist *list) { return strptrlist_add_sorted(list, "x"); }>},
     {"strptrlist_ensuresize", "Much", grow_list},
-    {"strptrlist_ladd", "BeyondTheSlots", add_text_of_length},
-    {"strptrlist_new", "Empty", create_list},
+    {"strptrlist_ladd", "BeyondTheSlots",
+     add<[](strptrlist *list) { return strptrlist_ladd(list, "xy", 1); }>},
+    {"strptrlist_new", "Empty",
+     make<strptrlist_new, strptrlist_delete,
+          [](strptrlist *list) { EXPECT_EQ(strptrlist_add(list, "usable"), 0); }>},
 };
 
 // Made once, so that the calls below need no memory of their own.

@@ -7,8 +7,8 @@
 #include "allocation_walk.hpp"
 #include "files.hpp"
 #include "grammar.h"
+#include "json_ends.hpp"
 #include "json_names.hpp"
-#include "process_end.hpp"
 #include "scanner.h"
 #include "zfxmemory.h"
 #include "zjson_expression.h"
@@ -17,8 +17,13 @@
 
 namespace {
 
+using faults::expect_made;
 using faults::Fault;
 using faults::FaultedCall;
+using faults::in_child;
+using faults::kNoBuffer;
+using faults::kNoStack;
+using faults::make;
 using faults::Owner;
 using faults::QuietCall;
 using faults::Text;
@@ -35,8 +40,16 @@ constexpr char kSource[] =
 
 constexpr char kShortSource[] = R"({"a":1})";  // for what takes a process for each failure
 
+Document parsed(const std::string &source) {
+  return Document(ZJsonExpression_Parse(source.data(), static_cast<int32_t>(source.size())));
+}
+
 Document sample_document() {
-  return Document(ZJsonExpression_Parse(kSource, sizeof kSource - 1));
+  return parsed(kSource);
+}
+
+const ZJsonMember *list_of(const Document &document) {
+  return ZJsonObject_GetMember(document->root->object, "list");
 }
 
 std::string text_of(const ZJsonValue *value) {
@@ -44,34 +57,6 @@ std::string text_of(const ZJsonValue *value) {
   ZJsonValue_ToString(value, &text, 0, -1);
   const Text owner(text);
   return text == nullptr ? "" : text;
-}
-
-// Makes a record by a function without arguments.
-template <auto kMake, auto kRelease>
-void make(Fault &fault) {
-  auto *record = fault.during([] { return kMake(); });
-  EXPECT_EQ(record != nullptr, !fault.struck());
-  kRelease(record);
-}
-
-ZJsonValue *new_bool() {
-  return ZJsonValue_NewBool(1);
-}
-
-ZJsonValue *new_int() {
-  return ZJsonValue_NewInt(1);
-}
-
-ZJsonValue *new_integer() {
-  return ZJsonValue_NewInteger(1);
-}
-
-ZJsonValue *new_number() {
-  return ZJsonValue_NewNumber(0.5);
-}
-
-ZJsonValue *new_part_of_string() {
-  return ZJsonValue_NewStringL("text", 2);
 }
 
 void set_message(Fault &fault) {
@@ -104,26 +89,12 @@ void set_object_as_root(Fault &fault) {
   }
 }
 
-void make_object_value(Fault &fault) {
-  Object object(ZJsonObject_New());
-  const Value value(fault.during([&] { return ZJsonValue_NewObject(object.get()); }));
+// The value owns what it is made of, once it is there.
+template <auto kMake, class Content>
+void make_value_of(Fault &fault, Content content) {
+  const Value value(fault.during([&] { return kMake(content.get()); }));
   EXPECT_EQ(value != nullptr, !fault.struck());
-  if (value != nullptr) static_cast<void>(object.release());
-}
-
-void make_array_value(Fault &fault) {
-  Array array(ZJsonArray_New());
-  const Value value(fault.during([&] { return ZJsonValue_NewArray(array.get()); }));
-  EXPECT_EQ(value != nullptr, !fault.struck());
-  if (value != nullptr) static_cast<void>(array.release());
-}
-
-void make_string(Fault &fault) {
-  const Value value(fault.during([] { return ZJsonValue_NewString("a \"quoted\" text"); }));
-  EXPECT_EQ(value != nullptr, !fault.struck());
-  if (value != nullptr) {
-    EXPECT_STREQ(value->string, R"(a \"quoted\" text)");
-  }
+  if (value != nullptr) static_cast<void>(content.release());
 }
 
 void make_member(Fault &fault) {
@@ -135,34 +106,30 @@ void make_member(Fault &fault) {
   EXPECT_EQ(member->value, value.release());
 }
 
-void make_simple_object(Fault &fault) {
-  const Object object(fault.during([] {
-    return ZJsonObject_NewSimple(ZJSON_INTEGER, "integer", int64_t{1}, ZJSON_STRING, "string", "\"x\ty",
-                                 ZJSON_NULL, "null", ZJSON_BOOL, "bool", 1, ZJSON_NUMBER, "number", 2.5,
-                                 ZJSON_END);
-  }));
-  if (!fault.struck()) {
-    EXPECT_EQ(object->count, 5);
-  }
-  if (object == nullptr) return;
-  for (int32_t i = 0; i < object->count; ++i) {
-    EXPECT_NE(object->members[i]->value, nullptr) << "a member is there whole or not at all";
-  }
-  ZJsonObject_Append(object.get(), ZJsonMember_New("more", nullptr));
-  EXPECT_NE(ZJsonObject_GetMember(object.get(), "more"), nullptr);
+ZJsonObject *new_object_of_all_types() {
+  return ZJsonObject_NewSimple(ZJSON_INTEGER, "integer", int64_t{1}, ZJSON_STRING, "string", "\"x\ty",
+                               ZJSON_NULL, "null", ZJSON_BOOL, "bool", 1, ZJSON_NUMBER, "number", 2.5,
+                               ZJSON_END);
 }
 
 // One member more than there is room for at first.
-void make_longer_simple_object(Fault &fault) {
-  const Object object(fault.during([] {
-    return ZJsonObject_NewSimple(ZJSON_NULL, "a", ZJSON_NULL, "b", ZJSON_NULL, "c", ZJSON_NULL, "d",
-                                 ZJSON_NULL, "e", ZJSON_NULL, "f", ZJSON_NULL, "g", ZJSON_NULL, "h",
-                                 ZJSON_NULL, "i", ZJSON_NULL, "j", ZJSON_NULL, "k", ZJSON_END);
-  }));
+ZJsonObject *new_object_of_eleven() {
+  return ZJsonObject_NewSimple(ZJSON_NULL, "a", ZJSON_NULL, "b", ZJSON_NULL, "c", ZJSON_NULL, "d", ZJSON_NULL,
+                               "e", ZJSON_NULL, "f", ZJSON_NULL, "g", ZJSON_NULL, "h", ZJSON_NULL, "i",
+                               ZJSON_NULL, "j", ZJSON_NULL, "k", ZJSON_END);
+}
+
+// The members are there as far as there is memory, each whole or not at all, and there is room for more.
+template <int32_t kMembers, auto kMake>
+void make_simple_object(Fault &fault) {
+  const Object object(fault.during(kMake));
   if (!fault.struck()) {
-    EXPECT_EQ(object->count, 11);
+    EXPECT_EQ(object->count, kMembers);
   }
   if (object == nullptr) return;
+  for (int32_t i = 0; i < object->count; ++i) {
+    EXPECT_NE(object->members[i]->value, nullptr);
+  }
   ZJsonObject_Append(object.get(), ZJsonMember_New("more", nullptr));
   EXPECT_NE(ZJsonObject_GetMember(object.get(), "more"), nullptr);
 }
@@ -183,27 +150,18 @@ void append_item(Fault &fault) {
   EXPECT_EQ(array->items[8]->integer, 8);
 }
 
-using Put = void (*)(ZJsonObject *, ZJsonMember *);
-
-void put_member(Fault &fault, Put put) {
+template <auto kPut>
+void put_member(Fault &fault) {
   const Object object(ZJsonObject_New());
   while (object->count < 9) {
     const std::string name = "m" + std::to_string(object->count);
     ZJsonObject_Append(object.get(), ZJsonMember_New(name.c_str(), nullptr));
   }
   Member member(ZJsonMember_New("new", nullptr));
-  fault.during([&] { put(object.get(), member.get()); });
+  fault.during([&] { kPut(object.get(), member.get()); });
   EXPECT_EQ(object->count, fault.struck() ? 9 : 10);
-  if (fault.struck()) put(object.get(), member.get());
+  if (fault.struck()) kPut(object.get(), member.get());
   EXPECT_EQ(ZJsonObject_GetMember(object.get(), "new"), member.release());
-}
-
-void append_member(Fault &fault) {
-  put_member(fault, ZJsonObject_Append);
-}
-
-void replace_absent_member(Fault &fault) {
-  put_member(fault, ZJsonObject_Replace);
 }
 
 // A document so deep that a walk over it needs memory of its own.
@@ -218,52 +176,36 @@ Document deep_document() {
   }
   // The innermost object has no value; give it one.
   source.insert(source.find("\"a\":}") + 4, "1");
-  return Document(ZJsonExpression_Parse(source.data(), static_cast<int32_t>(source.size())));
+  return parsed(source);
 }
 
-void clone_of(Fault &fault, const Document &document) {
-  const Value copy(fault.during([&] { return ZJsonValue_Clone(document->root); }));
-  EXPECT_EQ(copy != nullptr, !fault.struck());
-  if (copy != nullptr) {
-    EXPECT_EQ(text_of(copy.get()), text_of(document->root));
-  }
-}
-
-void clone_value(Fault &fault) {
-  clone_of(fault, sample_document());
-}
-
-void clone_deep_value(Fault &fault) {
-  clone_of(fault, deep_document());
+void clone_value(Fault &fault, const Document &document) {
+  expect_made<ZJsonValue_Delete>(
+      fault, [&] { return ZJsonValue_Clone(document->root); },
+      [&](const ZJsonValue *copy) { EXPECT_EQ(text_of(copy), text_of(document->root)); });
 }
 
 void clone_array(Fault &fault) {
   const Document document = sample_document();
-  const ZJsonArray *list = ZJsonObject_GetMember(document->root->object, "list")->value->array;
-  const Array copy(fault.during([&] { return ZJsonArray_Clone(list); }));
-  EXPECT_EQ(copy != nullptr, !fault.struck());
-  if (copy != nullptr) {
-    EXPECT_EQ(copy->count, list->count);
-  }
+  const ZJsonArray *list = list_of(document)->value->array;
+  expect_made<ZJsonArray_Delete>(
+      fault, [&] { return ZJsonArray_Clone(list); },
+      [&](const ZJsonArray *copy) { EXPECT_EQ(copy->count, list->count); });
 }
 
 void clone_object(Fault &fault) {
   const Document document = sample_document();
-  const Object copy(fault.during([&] { return ZJsonObject_Clone(document->root->object); }));
-  EXPECT_EQ(copy != nullptr, !fault.struck());
-  if (copy != nullptr) {
-    EXPECT_EQ(copy->count, document->root->object->count);
-  }
+  expect_made<ZJsonObject_Delete>(
+      fault, [&] { return ZJsonObject_Clone(document->root->object); },
+      [&](const ZJsonObject *copy) { EXPECT_EQ(copy->count, document->root->object->count); });
 }
 
 void clone_member(Fault &fault) {
   const Document document = sample_document();
-  const ZJsonMember *list = ZJsonObject_GetMember(document->root->object, "list");
-  const Member copy(fault.during([&] { return ZJsonMember_Clone(list); }));
-  EXPECT_EQ(copy != nullptr, !fault.struck());
-  if (copy != nullptr) {
-    EXPECT_EQ(text_of(copy->value), text_of(list->value));
-  }
+  const ZJsonMember *list = list_of(document);
+  expect_made<ZJsonMember_Delete>(
+      fault, [&] { return ZJsonMember_Clone(list); },
+      [&](const ZJsonMember *copy) { EXPECT_EQ(text_of(copy->value), text_of(list->value)); });
 }
 
 bool is_part_of(const std::string &text, const std::string &whole) {
@@ -308,46 +250,21 @@ uint32_t print_object(const Document &document, char **text) {
 }
 
 uint32_t print_array(const Document &document, char **text) {
-  return ZJsonArray_ToString(ZJsonObject_GetMember(document->root->object, "list")->value->array, text, 0, 0);
+  return ZJsonArray_ToString(list_of(document)->value->array, text, 0, 0);
 }
 
 uint32_t print_member(const Document &document, char **text) {
-  return ZJsonMember_ToString(ZJsonObject_GetMember(document->root->object, "list"), text, 2);
+  return ZJsonMember_ToString(list_of(document), text, 2);
 }
 
-void print_new_text(Fault &fault) {
-  print_by(fault, print_document, sample_document(), nullptr);
-}
-
-void print_behind_text(Fault &fault) {
-  print_by(fault, print_value, sample_document(), "before ");
-}
-
-void print_deep_value(Fault &fault) {
-  print_by(fault, print_value, deep_document(), nullptr);
-}
-
-// The text outgrows what the printer has in place, and the block after that.
-void print_long_behind_text(Fault &fault) {
+// Its text outgrows what the printer has in place, and the block after that.
+Document long_document() {
   std::string source = "[0";
   for (int i = 1; i < 10000; ++i) {
     source += ",0";
   }
   source += "]";
-  const Document document(ZJsonExpression_Parse(source.data(), static_cast<int32_t>(source.size())));
-  print_by(fault, print_value, document, "before ");
-}
-
-void print_an_object(Fault &fault) {
-  print_by(fault, print_object, sample_document(), "before ");
-}
-
-void print_an_array(Fault &fault) {
-  print_by(fault, print_array, sample_document(), "before ");
-}
-
-void print_a_member(Fault &fault) {
-  print_by(fault, print_member, sample_document(), "before ");
+  return parsed(source);
 }
 
 void escape_text(Fault &fault) {
@@ -385,13 +302,7 @@ void expect_document(const Fault &fault, const Document &document, const std::st
   }
 }
 
-void parse_text(Fault &fault) {
-  const Document document(fault.during([] { return ZJsonExpression_Parse(kSource, sizeof kSource - 1); }));
-  expect_document(fault, document, text_of(sample_document()->root));
-}
-
-void parse_deep_text(Fault &fault) {
-  const std::string source = text_of(deep_document()->root);
+void parse(Fault &fault, const std::string &source) {
   const auto length = static_cast<int32_t>(source.size());
   const Document document(fault.during([&] { return ZJsonExpression_Parse(source.data(), length); }));
   expect_document(fault, document, source);
@@ -403,9 +314,7 @@ void parse_long_array(Fault &fault) {
     source += "null,";
   }
   source.back() = ']';
-  const auto length = static_cast<int32_t>(source.size());
-  const Document document(fault.during([&] { return ZJsonExpression_Parse(source.data(), length); }));
-  expect_document(fault, document, source);
+  parse(fault, source);
 }
 
 void parse_wrong_text(Fault &fault) {
@@ -432,32 +341,14 @@ void parse_scanner(Fault &fault) {
   const Document document(result);
   EXPECT_TRUE(status == 0 || (fault.struck() && status == 2)) << status;
   EXPECT_EQ(status == 0, document != nullptr && document->root != nullptr);
-  expect_document(fault, document, text_of(sample_document()->root));
-}
-
-// What the scanner has no memory for ends the process.
-template <class Call>
-void in_child(Fault &fault, Call call) {
-  const faults::ProcessEnd end = faults::end_of(
-      [&] {
-        const long before = support::live_blocks();
-        call();
-        EXPECT_EQ(support::live_blocks(), before) << "blocks are left behind";
-      },
-      [&] { return fault.struck(); });
-  fault.note_struck(end.struck);
-  if (end.returned) return;
-  EXPECT_EQ(end.status, 2);
-  EXPECT_TRUE(end.errors == "out of dynamic memory in yy_create_buffer()\n" ||
-              end.errors == "out of dynamic memory in yyensure_buffer_stack()\n")
-      << end.errors;
+  expect_document(fault, document, kSource);
 }
 
 void parse_stream(Fault &fault) {
   const support::TemporaryFolder folder;
   const std::string path = folder / "document.json";
   support::write_file(path, kShortSource);
-  in_child(fault, [&] {
+  in_child(fault, {kNoBuffer, kNoStack}, [&] {
     FILE *stream = std::fopen(path.c_str(), "r");
     const Document document(fault.during([&] { return ZJsonExpression_ParseStream(stream); }));
     expect_document(fault, document, kShortSource);
@@ -469,7 +360,7 @@ void parse_file(Fault &fault) {
   const support::TemporaryFolder folder;
   const std::string path = folder / "document.json";
   support::write_file(path, kShortSource);
-  in_child(fault, [&] {
+  in_child(fault, {kNoBuffer, kNoStack}, [&] {
     ZJsonExpression *result = nullptr;
     const int32_t status = fault.during([&] { return ZJsonExpression_ParseFile(&result, path.c_str()); });
     const Document document(result);
@@ -483,10 +374,11 @@ constexpr FaultedCall kFaulted[] = {
     {"ZJsonArray_Append", "BeyondTheCapacity", append_item},
     {"ZJsonArray_Clone", "Nested", clone_array},
     {"ZJsonArray_New", "Empty", make<ZJsonArray_New, ZJsonArray_Delete>},
-    {"ZJsonArray_ToString", "Pretty", print_an_array},
+    {"ZJsonArray_ToString", "Pretty",
+     [](Fault &fault) { print_by(fault, print_array, sample_document(), "before "); }},
     {"ZJsonExpression_New", "Empty", make<ZJsonExpression_New, ZJsonExpression_Delete>},
-    {"ZJsonExpression_Parse", "Text", parse_text},
-    {"ZJsonExpression_Parse", "DeepText", parse_deep_text},
+    {"ZJsonExpression_Parse", "Text", [](Fault &fault) { parse(fault, kSource); }},
+    {"ZJsonExpression_Parse", "DeepText", [](Fault &fault) { parse(fault, text_of(deep_document()->root)); }},
     {"ZJsonExpression_Parse", "LongArray", parse_long_array},
     {"ZJsonExpression_Parse", "WrongText", parse_wrong_text},
     {"ZJsonExpression_ParseFile", "File", parse_file},
@@ -494,32 +386,43 @@ constexpr FaultedCall kFaulted[] = {
     {"ZJsonExpression_SetErrorMessage", "First", set_message},
     {"ZJsonExpression_SetRoot", "InPlaceOfAnother", set_root},
     {"ZJsonExpression_SetRoot", "First", set_object_as_root},
-    {"ZJsonExpression_ToString", "Pretty", print_new_text},
+    {"ZJsonExpression_ToString", "Pretty",
+     [](Fault &fault) { print_by(fault, print_document, sample_document(), nullptr); }},
     {"ZJsonMember_Clone", "Nested", clone_member},
     {"ZJsonMember_New", "WithAValue", make_member},
-    {"ZJsonMember_ToString", "Pretty", print_a_member},
-    {"ZJsonObject_Append", "BeyondTheCapacity", append_member},
+    {"ZJsonMember_ToString", "Pretty",
+     [](Fault &fault) { print_by(fault, print_member, sample_document(), "before "); }},
+    {"ZJsonObject_Append", "BeyondTheCapacity", put_member<ZJsonObject_Append>},
     {"ZJsonObject_Clone", "Nested", clone_object},
     {"ZJsonObject_New", "Empty", make<ZJsonObject_New, ZJsonObject_Delete>},
-    {"ZJsonObject_NewSimple", "AllTypes", make_simple_object},
-    {"ZJsonObject_NewSimple", "ElevenMembers", make_longer_simple_object},
-    {"ZJsonObject_Replace", "AbsentMember", replace_absent_member},
-    {"ZJsonObject_ToString", "Pretty", print_an_object},
-    {"ZJsonValue_Clone", "Nested", clone_value},
-    {"ZJsonValue_Clone", "Deep", clone_deep_value},
+    {"ZJsonObject_NewSimple", "AllTypes", make_simple_object<5, new_object_of_all_types>},
+    {"ZJsonObject_NewSimple", "ElevenMembers", make_simple_object<11, new_object_of_eleven>},
+    {"ZJsonObject_Replace", "AbsentMember", put_member<ZJsonObject_Replace>},
+    {"ZJsonObject_ToString", "Pretty",
+     [](Fault &fault) { print_by(fault, print_object, sample_document(), "before "); }},
+    {"ZJsonValue_Clone", "Nested", [](Fault &fault) { clone_value(fault, sample_document()); }},
+    {"ZJsonValue_Clone", "Deep", [](Fault &fault) { clone_value(fault, deep_document()); }},
     {"ZJsonValue_New", "Null", make<ZJsonValue_New, ZJsonValue_Delete>},
-    {"ZJsonValue_NewArray", "OfAnArray", make_array_value},
-    {"ZJsonValue_NewBool", "True", make<new_bool, ZJsonValue_Delete>},
-    {"ZJsonValue_NewInt", "One", make<new_int, ZJsonValue_Delete>},
-    {"ZJsonValue_NewInteger", "One", make<new_integer, ZJsonValue_Delete>},
+    {"ZJsonValue_NewArray", "OfAnArray",
+     [](Fault &fault) { make_value_of<ZJsonValue_NewArray>(fault, Array(ZJsonArray_New())); }},
+    {"ZJsonValue_NewBool", "True", make<[] { return ZJsonValue_NewBool(1); }, ZJsonValue_Delete>},
+    {"ZJsonValue_NewInt", "One", make<[] { return ZJsonValue_NewInt(1); }, ZJsonValue_Delete>},
+    {"ZJsonValue_NewInteger", "One", make<[] { return ZJsonValue_NewInteger(1); }, ZJsonValue_Delete>},
     {"ZJsonValue_NewNull", "Null", make<ZJsonValue_NewNull, ZJsonValue_Delete>},
-    {"ZJsonValue_NewNumber", "Half", make<new_number, ZJsonValue_Delete>},
-    {"ZJsonValue_NewObject", "OfAnObject", make_object_value},
-    {"ZJsonValue_NewString", "Escaped", make_string},
-    {"ZJsonValue_NewStringL", "Plain", make<new_part_of_string, ZJsonValue_Delete>},
-    {"ZJsonValue_ToString", "BehindAText", print_behind_text},
-    {"ZJsonValue_ToString", "Deep", print_deep_value},
-    {"ZJsonValue_ToString", "LongBehindAText", print_long_behind_text},
+    {"ZJsonValue_NewNumber", "Half", make<[] { return ZJsonValue_NewNumber(0.5); }, ZJsonValue_Delete>},
+    {"ZJsonValue_NewObject", "OfAnObject",
+     [](Fault &fault) { make_value_of<ZJsonValue_NewObject>(fault, Object(ZJsonObject_New())); }},
+    {"ZJsonValue_NewString", "Escaped",
+     make<[] { return ZJsonValue_NewString("a \"quoted\" text"); }, ZJsonValue_Delete,
+          [](const ZJsonValue *value) { EXPECT_STREQ(value->string, R"(a \"quoted\" text)"); }>},
+    {"ZJsonValue_NewStringL", "Plain",
+     make<[] { return ZJsonValue_NewStringL("text", 2); }, ZJsonValue_Delete>},
+    {"ZJsonValue_ToString", "BehindAText",
+     [](Fault &fault) { print_by(fault, print_value, sample_document(), "before "); }},
+    {"ZJsonValue_ToString", "Deep",
+     [](Fault &fault) { print_by(fault, print_value, deep_document(), nullptr); }},
+    {"ZJsonValue_ToString", "LongBehindAText",
+     [](Fault &fault) { print_by(fault, print_value, long_document(), "before "); }},
     {"zjson_error", "First", report_error},
     {"zjson_parse", "Scanner", parse_scanner},
     {"zjson_str_escape", "WithATab", escape_text},

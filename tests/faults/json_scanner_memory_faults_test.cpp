@@ -6,14 +6,17 @@
 
 #include "allocation_walk.hpp"
 #include "files.hpp"
+#include "json_ends.hpp"
 #include "json_names.hpp"
-#include "process_end.hpp"
 #include "scanner.h"
 
 namespace {
 
 using faults::Fault;
 using faults::FaultedCall;
+using faults::in_child;
+using faults::kNoBuffer;
+using faults::kNoStack;
 using faults::Owner;
 using faults::QuietCall;
 using faults::Text;
@@ -31,12 +34,11 @@ void expect_scans(zjson_scanner *scanner) {
   EXPECT_EQ(zjson_lex(nullptr, nullptr, scanner), ZJSON_TOKEN_ARRAY_BEGIN);
 }
 
-using Init = int32_t (*)(zjson_scanner **);
-
-void make_scanner(Fault &fault, Init init) {
+template <auto kInit>
+void make_scanner(Fault &fault) {
   zjson_scanner *handle = nullptr;
   errno = 0;
-  const int32_t result = fault.during([&] { return init(&handle); });
+  const int32_t result = fault.during([&] { return kInit(&handle); });
   const Scanner scanner(handle);
   EXPECT_EQ(result, fault.struck() ? 1 : 0);
   EXPECT_EQ(scanner == nullptr, fault.struck());
@@ -44,111 +46,43 @@ void make_scanner(Fault &fault, Init init) {
   if (scanner != nullptr) expect_scans(scanner.get());
 }
 
-void make_plain_scanner(Fault &fault) {
-  make_scanner(fault, zjson_lex_init);
-}
+constexpr std::string_view kNoScanBuffer = "out of dynamic memory in yy_scan_buffer()\n";
+constexpr std::string_view kNoScanBytes = "out of dynamic memory in yy_scan_bytes()\n";
 
-void make_scanner_with_datum(Fault &fault) {
-  make_scanner(fault, [](zjson_scanner **handle) { return zjson_lex_init_extra(nullptr, handle); });
-}
-
-// Makes the call in a child: it works, or it ends the process with the message or the one of the stack.
-template <class Call>
-void ends_or_works(Fault &fault, const std::string &message, Call call) {
-  const faults::ProcessEnd end = faults::end_of(
-      [&] {
-        const long before = support::live_blocks();
-        {
-          const Scanner scanner = new_scanner();
-          fault.during([&] { call(scanner.get()); });
-          EXPECT_FALSE(fault.struck()) << "the scanner goes on without memory that it needs";
-          for (int depth = 0; depth < 20; ++depth) {
-            zjson_pop_buffer_state(scanner.get());
-          }
-          expect_scans(scanner.get());
-        }
-        EXPECT_EQ(support::live_blocks(), before) << "blocks are left behind";
-      },
-      [&] { return fault.struck(); });
-  fault.note_struck(end.struck);
-  if (end.returned) return;
-  EXPECT_EQ(end.status, 2);
-  EXPECT_TRUE(end.errors == message + "\n" ||
-              end.errors == "out of dynamic memory in yyensure_buffer_stack()\n")
-      << end.errors;
-}
-
-constexpr char kCreate[] = "out of dynamic memory in yy_create_buffer()";
-constexpr char kScanBuffer[] = "out of dynamic memory in yy_scan_buffer()";
-constexpr char kScanBytes[] = "out of dynamic memory in yy_scan_bytes()";
-
-void create_buffer(Fault &fault) {
-  ends_or_works(fault, kCreate, [](zjson_scanner *scanner) {
-    zjson__delete_buffer(zjson__create_buffer(nullptr, 100, scanner), scanner);
-  });
-}
-
-void scan_area(Fault &fault) {
-  static char area[] = "[1]\0";
-  ends_or_works(fault, kScanBuffer, [](zjson_scanner *scanner) {
-    EXPECT_NE(zjson__scan_buffer(area, sizeof area, scanner), nullptr);
-  });
-}
-
-void expect_one_of_two(Fault &fault, zjson_buffer *(*scan)(zjson_scanner *)) {
-  const faults::ProcessEnd end = faults::end_of(
-      [&] {
-        const Scanner scanner = new_scanner();
-        EXPECT_NE(fault.during([&] { return scan(scanner.get()); }), nullptr);
-      },
-      [&] { return fault.struck(); });
-  fault.note_struck(end.struck);
-  if (end.returned) return;
-  EXPECT_EQ(end.status, 2);
-  const bool is_listed = end.errors == std::string(kScanBytes) + "\n" ||
-                         end.errors == std::string(kScanBuffer) + "\n" ||
-                         end.errors == "out of dynamic memory in yyensure_buffer_stack()\n";
-  EXPECT_TRUE(is_listed) << end.errors;
-}
-
-void scan_bytes(Fault &fault) {
-  expect_one_of_two(fault, [](zjson_scanner *scanner) { return zjson__scan_bytes("[1]", 3, scanner); });
-}
-
-void scan_string(Fault &fault) {
-  expect_one_of_two(fault, [](zjson_scanner *scanner) { return zjson__scan_string("[1]", scanner); });
-}
-
-void switch_to_buffer(Fault &fault) {
-  ends_or_works(fault, kCreate, [](zjson_scanner *scanner) {
-    zjson__switch_to_buffer(zjson__create_buffer(nullptr, 100, scanner), scanner);
-  });
-}
-
-void push_buffer(Fault &fault) {
-  ends_or_works(fault, kCreate, [](zjson_scanner *scanner) {
-    for (int depth = 0; depth < 10; ++depth) {
-      zjson_push_buffer_state(zjson__create_buffer(nullptr, 100, scanner), scanner);
+// The call of a new scanner works, or it ends the process with the message or the one of the stack.
+template <auto kCall, const std::string_view &kMessage = kNoBuffer>
+void end_or_work(Fault &fault) {
+  in_child(fault, {kMessage, kNoStack}, [&] {
+    const Scanner scanner = new_scanner();
+    fault.during([&] { kCall(scanner.get()); });
+    EXPECT_FALSE(fault.struck()) << "the scanner goes on without memory that it needs";
+    for (int depth = 0; depth < 20; ++depth) {
+      zjson_pop_buffer_state(scanner.get());
     }
+    expect_scans(scanner.get());
   });
 }
 
-void restart_without_buffer(Fault &fault) {
-  ends_or_works(fault, kCreate, [](zjson_scanner *scanner) { zjson_restart(nullptr, scanner); });
+void scan_area(zjson_scanner *scanner) {
+  static char area[] = "[1]\0";
+  EXPECT_NE(zjson__scan_buffer(area, sizeof area, scanner), nullptr);
+}
+
+// The call of a new scanner copies a text, or ends the process with one of three messages.
+template <auto kScan>
+void copy_text(Fault &fault) {
+  in_child(fault, {kNoScanBytes, kNoScanBuffer, kNoStack}, [&] {
+    const Scanner scanner = new_scanner();
+    EXPECT_NE(fault.during([&] { return kScan(scanner.get()); }), nullptr);
+  });
 }
 
 void restart_behind_text(Fault &fault) {
-  const faults::ProcessEnd end = faults::end_of(
-      [&] {
-        const Scanner scanner = new_scanner();
-        zjson__scan_string("[1]", scanner.get());
-        fault.during([&] { zjson_restart(nullptr, scanner.get()); });
-      },
-      [&] { return fault.struck(); });
-  fault.note_struck(end.struck);
-  if (!end.returned) {
-    EXPECT_EQ(end.errors, std::string(kCreate) + "\n");
-  }
+  in_child(fault, {kNoBuffer}, [&] {
+    const Scanner scanner = new_scanner();
+    zjson__scan_string("[1]", scanner.get());
+    fault.during([&] { zjson_restart(nullptr, scanner.get()); });
+  });
 }
 
 // A string whose value cannot be had is told by its code all the same, and the scan goes on behind it.
@@ -169,29 +103,15 @@ void scan_long_token(Fault &fault) {
   const support::TemporaryFolder folder;
   const std::string path = folder / "long";
   support::write_file(path, "\"" + std::string(50000, 'x') + "\"");
-  const faults::ProcessEnd end = faults::end_of(
-      [&] {
-        const Scanner scanner = new_scanner();
-        FILE *stream = std::fopen(path.c_str(), "r");
-        zjson_set_in(stream, scanner.get());
-        const int32_t code = fault.during([&] { return zjson_lex(nullptr, nullptr, scanner.get()); });
-        EXPECT_EQ(code, ZJSON_TOKEN_STRING);
-        EXPECT_EQ(zjson_get_leng(scanner.get()), 50002);
-        std::fclose(stream);
-      },
-      [&] { return fault.struck(); });
-  fault.note_struck(end.struck);
-  if (end.returned) return;
-  EXPECT_EQ(end.status, 2);
-  const bool is_listed = end.errors == std::string(kCreate) + "\n" ||
-                         end.errors == "fatal error - scanner input buffer overflow\n" ||
-                         end.errors == "out of dynamic memory in yyensure_buffer_stack()\n";
-  EXPECT_TRUE(is_listed) << end.errors;
-}
-
-void allocate_block(Fault &fault) {
-  const Text block(fault.during([] { return static_cast<char *>(zjson_alloc(10, nullptr)); }));
-  EXPECT_EQ(block != nullptr, !fault.struck());
+  in_child(fault, {kNoBuffer, kNoStack, "fatal error - scanner input buffer overflow\n"}, [&] {
+    const Scanner scanner = new_scanner();
+    FILE *stream = std::fopen(path.c_str(), "r");
+    zjson_set_in(stream, scanner.get());
+    const int32_t code = fault.during([&] { return zjson_lex(nullptr, nullptr, scanner.get()); });
+    EXPECT_EQ(code, ZJSON_TOKEN_STRING);
+    EXPECT_EQ(zjson_get_leng(scanner.get()), 50002);
+    std::fclose(stream);
+  });
 }
 
 void reallocate_block(Fault &fault) {
@@ -204,19 +124,31 @@ void reallocate_block(Fault &fault) {
 }
 
 constexpr FaultedCall kFaulted[] = {
-    {"zjson__create_buffer", "ForAStream", create_buffer},
-    {"zjson__scan_buffer", "OfTheCaller", scan_area},
-    {"zjson__scan_bytes", "Copied", scan_bytes},
-    {"zjson__scan_string", "Copied", scan_string},
-    {"zjson__switch_to_buffer", "First", switch_to_buffer},
-    {"zjson_alloc", "Block", allocate_block},
+    {"zjson__create_buffer", "ForAStream", end_or_work<[](zjson_scanner *scanner) {
+       zjson__delete_buffer(zjson__create_buffer(nullptr, 100, scanner), scanner);
+     }>},
+    {"zjson__scan_buffer", "OfTheCaller", end_or_work<scan_area, kNoScanBuffer>},
+    {"zjson__scan_bytes", "Copied",
+     copy_text<[](zjson_scanner *scanner) { return zjson__scan_bytes("[1]", 3, scanner); }>},
+    {"zjson__scan_string", "Copied",
+     copy_text<[](zjson_scanner *scanner) { return zjson__scan_string("[1]", scanner); }>},
+    {"zjson__switch_to_buffer", "First", end_or_work<[](zjson_scanner *scanner) {
+       zjson__switch_to_buffer(zjson__create_buffer(nullptr, 100, scanner), scanner);
+     }>},
+    {"zjson_alloc", "Block", faults::make<[] { return zjson_alloc(10, nullptr); }, std::free>},
     {"zjson_lex", "String", scan_string_token},
     {"zjson_lex", "LongTokenOfAStream", scan_long_token},
-    {"zjson_lex_init", "Handle", make_plain_scanner},
-    {"zjson_lex_init_extra", "Handle", make_scanner_with_datum},
-    {"zjson_push_buffer_state", "Many", push_buffer},
+    {"zjson_lex_init", "Handle", make_scanner<zjson_lex_init>},
+    {"zjson_lex_init_extra", "Handle",
+     make_scanner<[](zjson_scanner **handle) { return zjson_lex_init_extra(nullptr, handle); }>},
+    {"zjson_push_buffer_state", "Many", end_or_work<[](zjson_scanner *scanner) {
+       for (int depth = 0; depth < 10; ++depth) {
+         zjson_push_buffer_state(zjson__create_buffer(nullptr, 100, scanner), scanner);
+       }
+     }>},
     {"zjson_realloc", "Growing", reallocate_block},
-    {"zjson_restart", "WithoutABuffer", restart_without_buffer},
+    {"zjson_restart", "WithoutABuffer",
+     end_or_work<[](zjson_scanner *scanner) { zjson_restart(nullptr, scanner); }>},
     {"zjson_restart", "BehindAText", restart_behind_text},
 };
 

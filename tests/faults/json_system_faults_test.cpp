@@ -16,6 +16,11 @@
 
 namespace {
 
+void expect_unreadable(const faults::ProcessEnd &end) {
+  EXPECT_EQ(end.status, 2);
+  EXPECT_EQ(end.errors, "input in flex scanner failed\n");
+}
+
 // A file to be parsed, whose calls are fopen(), fstat(), fread() up to the end, and fclose().
 class JsonRefused : public ::testing::Test {
  protected:
@@ -56,9 +61,7 @@ TEST_F(JsonRefused, ReadsAFileWhoseKindCannotBeTold) {
 
 TEST_F(JsonRefused, EndsTheProcessWhenTheFileCannotBeRead) {
   for (const std::size_t call : {3U, 4U}) {
-    const faults::ProcessEnd end = parse(call, 0, 0);
-    EXPECT_EQ(end.status, 2);
-    EXPECT_EQ(end.errors, "input in flex scanner failed\n");
+    expect_unreadable(parse(call, 0, 0));
   }
 }
 
@@ -76,8 +79,7 @@ TEST_F(JsonRefused, EndsTheProcessWhenAStreamCannotBeRead) {
         ZJsonExpression_ParseStream(stream);
       },
       [] { return true; });
-  EXPECT_EQ(end.status, 2);
-  EXPECT_EQ(end.errors, "input in flex scanner failed\n");
+  expect_unreadable(end);
 }
 
 TEST_F(JsonRefused, EndsTheProcessWhenTheInputOfAScannerCannotBeRead) {
@@ -91,8 +93,7 @@ TEST_F(JsonRefused, EndsTheProcessWhenTheInputOfAScannerCannotBeRead) {
         zjson_parse(&document, scanner);
       },
       [] { return true; });
-  EXPECT_EQ(end.status, 2);
-  EXPECT_EQ(end.errors, "input in flex scanner failed\n");
+  expect_unreadable(end);
 }
 
 TEST_F(JsonRefused, ScansOnBehindAnInterruptedReadOfAStream) {

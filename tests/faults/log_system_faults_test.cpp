@@ -46,9 +46,12 @@ void give_logger_callback(CallFault &fault) {
   Logger_Delete(logger);
 }
 
+constexpr char kMessage[] = "message\n";
+constexpr char kNoFile[] = "#2 No such file or directory\n";
+
 // A line that is interrupted or taken in parts is completed, one that the system refuses is lost; errno
 // stays, and the next line is whole.
-template <auto kLog>
+template <auto kLog, const char *kEnd = kMessage>
 void log_line(CallFault &fault) {
   const support::EnvironmentVariable zone("TZ", "UTC0");
   const support::TemporaryFolder folder;
@@ -60,66 +63,28 @@ void log_line(CallFault &fault) {
   const std::string text = support::read_file(path);
   const bool is_refused = fault.struck("write") && fault.error() != EINTR && fault.error() != support::kShort;
   const bool may_be_lost = is_refused || fault.is_persistent();
-  EXPECT_TRUE(text.ends_with("message\n") || (may_be_lost && text.empty())) << text;
+  EXPECT_TRUE(text.ends_with(kEnd) || (may_be_lost && text.empty())) << text;
   kLog(logger);
-  EXPECT_TRUE(support::read_file(path).ends_with("message\n"));
-  Logger_Delete(logger);
-}
-
-void debug(const Logger *logger) {
-  Logger_LogDebug(logger, "here", "message");
-}
-
-void info(const Logger *logger) {
-  Logger_LogInfo(logger, "here", "message");
-}
-
-void warning(const Logger *logger) {
-  Logger_LogWarning(logger, "here", 1, "message");
-}
-
-void error(const Logger *logger) {
-  Logger_LogError(logger, "here", 1, "message");
-}
-
-void fatal(const Logger *logger) {
-  Logger_LogFatalError(logger, "here", 1, "message");
-}
-
-void system_error(CallFault &fault) {
-  const support::EnvironmentVariable zone("TZ", "UTC0");
-  const support::TemporaryFolder folder;
-  const std::string path = folder / "log";
-  Logger *logger = Logger_New(LOGGER_LEVEL_DEBUG, path.c_str(), 0);
-  fault.during([&] { Logger_LogSystemError(logger, "", ENOENT, 1); });
-  Logger_LogSystemError(logger, "", ENOENT, 1);
-  EXPECT_TRUE(support::read_file(path).ends_with("#2 No such file or directory\n"));
+  EXPECT_TRUE(support::read_file(path).ends_with(kEnd));
   Logger_Delete(logger);
 }
 
 // Standard output stays what it was when it cannot be redirected.
-void redirect_by(CallFault &fault, int descriptor, void (*redirect)(const Logger *)) {
+template <int kDescriptor, auto kRedirect>
+void redirect(CallFault &fault) {
   const support::TemporaryFolder folder;
   const std::string path = folder / "log";
   Logger *logger = Logger_New(LOGGER_LEVEL_DEBUG, path.c_str(), 0);
   std::string elsewhere;
   {
-    support::CapturedDescriptor captured(descriptor);
-    fault.during([&] { redirect(logger); });
-    EXPECT_EQ(::write(descriptor, "text", 4), 4);
+    support::CapturedDescriptor captured(kDescriptor);
+    fault.during([&] { kRedirect(logger); });
+    EXPECT_EQ(::write(kDescriptor, "text", 4), 4);
     elsewhere = captured.text();
   }
   EXPECT_EQ(elsewhere, fault.struck() ? "text" : "");
   EXPECT_EQ(support::read_file(path), fault.struck() ? "" : "text");
   Logger_Delete(logger);
-}
-
-void redirect_output(CallFault &fault) {
-  redirect_by(fault, STDOUT_FILENO, Logger_RedirectStdout);
-}
-
-void redirect_errors(CallFault &fault) {
-  redirect_by(fault, STDERR_FILENO, Logger_RedirectStderr);
 }
 
 // Shortening the caller's text is tried in two ways; the path does not depend on it, nor does errno.
@@ -144,23 +109,15 @@ void compose_path_with_time(CallFault &fault) {
 }
 
 // The directory of the settings, or that without any, when they cannot be read.
-template <class Compose>
-void compose_configured_by(CallFault &fault, Compose compose) {
+template <auto kCompose>
+void compose_configured(CallFault &fault) {
   support::write_file("/usr/local/zorv/sys/conf/quor.conf", "QUOR_LOG=/configured\n");
   std::thread([&] {
     char path[4096] = "";
-    EXPECT_EQ(fault.during([&] { return compose(path); }), path);
+    EXPECT_EQ(fault.during([&] { return kCompose(path); }), path);
     const std::string found = path;
     EXPECT_TRUE(found == "/configured/x.log" || (fault.struck() && found == "/tmp/x.log")) << found;
   }).join();
-}
-
-void compose_configured(CallFault &fault) {
-  compose_configured_by(fault, [](char *path) { return getLogFileName(path, nullptr, "x", nullptr, 0, 0); });
-}
-
-void compose_configured_extended(CallFault &fault) {
-  compose_configured_by(fault, [](char *path) { return getLogFileNameEx(path, "", "x", nullptr, 0, 0, 0); });
 }
 
 // The first call of a thread keeps its text under a key.
@@ -176,19 +133,27 @@ constexpr SystemCall kCalls[] = {
     {"CrtGetLogFileName", "Shortened", compose_path},
     {"CrtGetLogFileName", "WithTheTime", compose_path_with_time},
     {"Logger_Delete", "WithAFile", delete_logger},
-    {"Logger_LogDebug", "ToAFile", log_line<debug>},
-    {"Logger_LogError", "ToAFile", log_line<error>},
-    {"Logger_LogFatalError", "ToAFile", log_line<fatal>},
-    {"Logger_LogInfo", "ToAFile", log_line<info>},
-    {"Logger_LogSystemError", "ToAFile", system_error},
-    {"Logger_LogWarning", "ToAFile", log_line<warning>},
+    {"Logger_LogDebug", "ToAFile",
+     log_line<[](const Logger *logger) { Logger_LogDebug(logger, "here", "message"); }>},
+    {"Logger_LogError", "ToAFile",
+     log_line<[](const Logger *logger) { Logger_LogError(logger, "here", 1, "message"); }>},
+    {"Logger_LogFatalError", "ToAFile",
+     log_line<[](const Logger *logger) { Logger_LogFatalError(logger, "here", 1, "message"); }>},
+    {"Logger_LogInfo", "ToAFile",
+     log_line<[](const Logger *logger) { Logger_LogInfo(logger, "here", "message"); }>},
+    {"Logger_LogSystemError", "ToAFile",
+     log_line<[](const Logger *logger) { Logger_LogSystemError(logger, "", ENOENT, 1); }, kNoFile>},
+    {"Logger_LogWarning", "ToAFile",
+     log_line<[](const Logger *logger) { Logger_LogWarning(logger, "here", 1, "message"); }>},
     {"Logger_New", "WithAFile", make_logger},
-    {"Logger_RedirectStderr", "ToAFile", redirect_errors},
-    {"Logger_RedirectStdout", "ToAFile", redirect_output},
+    {"Logger_RedirectStderr", "ToAFile", redirect<STDERR_FILENO, Logger_RedirectStderr>},
+    {"Logger_RedirectStdout", "ToAFile", redirect<STDOUT_FILENO, Logger_RedirectStdout>},
     {"Logger_SetCallback", "InsteadOfAFile", give_logger_callback},
     {"ZfxGetSourceLocation", "FirstOfAThread", tell_location},
-    {"getLogFileName", "Configured", compose_configured},
-    {"getLogFileNameEx", "Configured", compose_configured_extended},
+    {"getLogFileName", "Configured",
+     compose_configured<[](char *path) { return getLogFileName(path, nullptr, "x", nullptr, 0, 0); }>},
+    {"getLogFileNameEx", "Configured",
+     compose_configured<[](char *path) { return getLogFileNameEx(path, "", "x", nullptr, 0, 0, 0); }>},
 };
 
 // First in the file, and under ctest in a process of its own: the key is made once.
@@ -208,6 +173,6 @@ TEST_P(LogRefused, KeepsItsContractWhicheverSystemCallFails) {
   faults::walk(GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(Call, LogRefused, ::testing::ValuesIn(kCalls), faults::CallName());
+INSTANTIATE_TEST_SUITE_P(Call, LogRefused, ::testing::ValuesIn(kCalls), faults::RowName());
 
 }  // namespace

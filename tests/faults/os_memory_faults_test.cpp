@@ -13,6 +13,7 @@
 #include <string>
 #include <thread>
 
+#include "../os/standard_input.hpp"
 #include "CopyDirTree.h"
 #include "CreatePath.h"
 #include "FileStatus.h"
@@ -30,6 +31,7 @@
 #include "gets_legacy.h"
 #include "kill.h"
 #include "mutex.h"
+#include "os_samples.hpp"
 #include "osuser_unix.h"
 #include "procwait.h"
 #include "safe_gets.h"
@@ -46,40 +48,14 @@ namespace {
 
 using faults::Fault;
 using faults::FaultedCall;
+using faults::kExitWithThree;
+using faults::LocalListener;
+using faults::make;
 using faults::Owner;
 using faults::QuietCall;
 
-void create_event(Fault &fault) {
-  const Owner<ZfxEvent, ZfxCloseEvent> event(fault.during([] { return ZfxCreateEvent(); }));
-  EXPECT_EQ(event != nullptr, !fault.struck());
-  if (event == nullptr) return;
-  EXPECT_EQ(ZfxSetEvent(event.get()), 0);
-  EXPECT_EQ(ZfxCheckEvent(event.get()), 1);
-}
-
-void create_mutex(Fault &fault) {
-  const Owner<ZfxMutex, ZfxDestroyMutex> mutex(fault.during([] { return ZfxCreateMutex(); }));
-  EXPECT_EQ(mutex != nullptr, !fault.struck());
-  if (mutex == nullptr) return;
-  EXPECT_EQ(ZfxLockMutex(mutex.get(), 1), 1);
-  ZfxUnlockMutex(mutex.get());
-}
-
-void create_semaphore(Fault &fault) {
-  const Owner<ZfxSemaphore, ZfxDestroySemaphore> semaphore(
-      fault.during([] { return ZfxCreateSemaphore(1); }));
-  EXPECT_EQ(semaphore != nullptr, !fault.struck());
-  if (semaphore != nullptr) {
-    EXPECT_EQ(ZfxSemaphoreTryObtain(semaphore.get(), 0), 1);
-  }
-}
-
-void *return_at_once(void * /*record*/) {
-  return nullptr;
-}
-
 void create_thread(Fault &fault) {
-  ZfxThread *thread = fault.during([] { return ZfxCreateThread(return_at_once, 1); });
+  ZfxThread *thread = fault.during([] { return ZfxCreateThread(faults::return_at_once, 1); });
   if (!fault.struck()) {
     EXPECT_NE(thread, nullptr);
   }
@@ -148,15 +124,6 @@ void list_groups_without_message(Fault &fault) {
   EXPECT_EQ(list == nullptr ? count : 0, 0);
 }
 
-struct LocalListener {
-  LocalListener() { EXPECT_EQ(ZfxCreateDynamicListenSocket(&socket, &port), 0); }
-  ~LocalListener() { ZfxCloseSocket(socket); }
-  LocalListener(const LocalListener &) = delete;
-  LocalListener &operator=(const LocalListener &) = delete;
-  int32_t socket = -1;
-  int32_t port = 0;
-};
-
 void connect_to_host(Fault &fault) {
   const LocalListener listener;
   const int before = support::open_descriptors();
@@ -172,10 +139,9 @@ void connect_to_host(Fault &fault) {
   ::close(socket);
 }
 
-using Select = int32_t (*)(int32_t, timeval *, int32_t *);
-
 // A descriptor that no set of the usual size has room for.
-void wait_for_high_descriptor(Fault &fault, Select wait, int end) {
+template <auto kWait, int kEnd>
+void wait_for_high_descriptor(Fault &fault) {
   rlimit limit = {};
   ::getrlimit(RLIMIT_NOFILE, &limit);
   if (limit.rlim_cur < 2000) {
@@ -185,60 +151,25 @@ void wait_for_high_descriptor(Fault &fault, Select wait, int end) {
   int ends[2] = {-1, -1};
   ASSERT_EQ(::pipe(ends), 0);
   EXPECT_EQ(::write(ends[1], "x", 1), 1);
-  const int high = ::fcntl(ends[end], F_DUPFD, 1500);
+  const int high = ::fcntl(ends[kEnd], F_DUPFD, 1500);
   timeval timeout = {0, 0};
   int32_t error = -7;
-  const int32_t result = fault.during([&] { return wait(high, &timeout, &error); });
+  const int32_t result = fault.during([&] { return kWait(high, &timeout, &error); });
   EXPECT_EQ(result, fault.struck() ? -1 : 1);
   EXPECT_EQ(error, fault.struck() ? ENOMEM : 0);
-  EXPECT_EQ(wait(high, &timeout, &error), 1);
+  EXPECT_EQ(kWait(high, &timeout, &error), 1);
   for (const int descriptor : {ends[0], ends[1], high}) {
     ::close(descriptor);
   }
 }
 
-void wait_until_readable(Fault &fault) {
-  wait_for_high_descriptor(fault, ZfxSocketReadSelect, 0);
-}
-
-void wait_until_writable(Fault &fault) {
-  wait_for_high_descriptor(fault, ZfxSocketWriteSelect, 1);
-}
-
-using Execute = int32_t (*)(uint32_t *process);
-
-void execute_by(Fault &fault, Execute execute) {
+template <auto kExecute>
+void execute(Fault &fault) {
   uint32_t process = 0;
-  const int32_t result = fault.during([&] { return execute(&process); });
+  const int32_t result = fault.during([&] { return kExecute(&process); });
   EXPECT_EQ(result, fault.struck() ? ENOMEM : 3 * 256);
   EXPECT_EQ(process == UINT32_MAX, fault.struck());
-  EXPECT_EQ(execute(&process), 3 * 256);
-}
-
-constexpr char kCommand[] = "sh -c 'exit 3'";
-
-void execute(Fault &fault) {
-  execute_by(fault, [](uint32_t *process) {
-    const int32_t result = ZfxExec(kCommand, 1);
-    *process = result == ENOMEM ? UINT32_MAX : 0;
-    return result;
-  });
-}
-
-void execute_impl(Fault &fault) {
-  execute_by(fault, [](uint32_t *process) { return ZfxExecImpl(kCommand, 1, process, 0, -1, -1, -1); });
-}
-
-void execute_with_id(Fault &fault) {
-  execute_by(fault, [](uint32_t *process) { return ZfxExecP(kCommand, 1, process); });
-}
-
-void execute_redirected(Fault &fault) {
-  execute_by(fault, [](uint32_t *process) { return ZfxExecPR(kCommand, 1, -1, -1, -1, process); });
-}
-
-void execute_with_value(Fault &fault) {
-  execute_by(fault, [](uint32_t *process) { return ZfxExecWP(kCommand, 1, 0, process); });
+  EXPECT_EQ(kExecute(&process), 3 * 256);
 }
 
 constexpr char kSample[] = ZORVCRT_BINARY_DIR "/tests/dynlib_sample.so";
@@ -288,85 +219,74 @@ void tell_loader_error(Fault &fault) {
   take_pending_error();
 }
 
-const char *tell_into_area() {
-  static char area[300];
-  return GetDynLoadError(area, sizeof area);
-}
-
-const char *tell_into_area_v() {
-  static char area[300];
-  return GetDynLoadErrorV(area, sizeof area);
-}
-
 void copy_tree(Fault &fault) {
-  const support::TemporaryFolder folder;
-  for (const char *name : {"src", "part", "src\\part"}) {
-    std::filesystem::create_directory(folder / name);
-  }
-  const support::CurrentFolder current(folder.path());
+  const faults::FolderToCopy sample;
   const auto copy = [] { return CopyDirTree("dst", "src"); };
   EXPECT_EQ(fault.during(copy), 0);
-  EXPECT_TRUE(std::filesystem::is_directory(folder / "dst"));
+  EXPECT_TRUE(std::filesystem::is_directory("dst"));
   EXPECT_EQ(copy(), 0);
 }
 
-// Standard input is a stream of the test's own, which has no buffer yet.
-template <class Read>
-void read_line_by(Fault &fault, Read read) {
-  const support::TemporaryFolder folder;
-  support::write_file(folder / "input", "line\nmore\n");
-  FILE *const before = stdin;
-  stdin = std::fopen((folder / "input").c_str(), "r");
-  char area[64] = "";
-  EXPECT_EQ(fault.during([&] { return read(area); }), area) << "a stream without a buffer is slow, not empty";
-  EXPECT_STREQ(area, "line");
-  EXPECT_EQ(read(area), area);
-  EXPECT_STREQ(area, "more");
-  std::fclose(stdin);
-  stdin = before;
-}
-
+// The stream has no buffer yet.
+template <auto kRead>
 void read_line(Fault &fault) {
-  read_line_by(fault, [](char *area) { return safe_gets(area, 64, 1); });
+  const standard_input::Input input("line\nmore\n");
+  char line[64] = "";
+  EXPECT_EQ(fault.during([&] { return kRead(line); }), line)
+      << "a stream without a buffer is slow, not empty";
+  EXPECT_STREQ(line, "line");
+  EXPECT_EQ(kRead(line), line);
+  EXPECT_STREQ(line, "more");
 }
 
-void read_line_without_limit(Fault &fault) {
-  read_line_by(fault, [](char *area) { return gets_legacy(area); });
-}
-
-void read_line_of_file(Fault &fault) {
-  read_line_by(fault, [](char *area) { return GetFileLine(area, 64, stdin); });
-}
+char area[4096];
 
 constexpr FaultedCall kFaulted[] = {
     {"CopyDirTree", "OneLevel", copy_tree},
     {"GetDLError", "Pending", tell_loader_error<GetDLError>},
-    {"GetDynLoadError", "Pending", tell_loader_error<tell_into_area>},
-    {"GetDynLoadErrorV", "Pending", tell_loader_error<tell_into_area_v>},
-    {"GetFileLine", "First", read_line_of_file},
+    {"GetDynLoadError", "Pending", tell_loader_error<[] { return GetDynLoadError(area, sizeof area); }>},
+    {"GetDynLoadErrorV", "Pending", tell_loader_error<[] { return GetDynLoadErrorV(area, sizeof area); }>},
+    {"GetFileLine", "First", read_line<[](char *line) { return GetFileLine(line, 64, stdin); }>},
     {"LoadDynLib", "New", load_library},
     {"LoadProc", "AbsentSymbol", look_up_absent_symbol},
     {"ZfxCreateClientSocket", "ByAddress", connect_to_host},
-    {"ZfxCreateEvent", "New", create_event},
-    {"ZfxCreateMutex", "New", create_mutex},
-    {"ZfxCreateSemaphore", "New", create_semaphore},
+    {"ZfxCreateEvent", "New",
+     make<ZfxCreateEvent, ZfxCloseEvent,
+          [](ZfxEvent *event) {
+            EXPECT_EQ(ZfxSetEvent(event), 0);
+            EXPECT_EQ(ZfxCheckEvent(event), 1);
+          }>},
+    {"ZfxCreateMutex", "New",
+     make<ZfxCreateMutex, ZfxDestroyMutex,
+          [](ZfxMutex *mutex) {
+            EXPECT_EQ(ZfxLockMutex(mutex, 1), 1);
+            ZfxUnlockMutex(mutex);
+          }>},
+    {"ZfxCreateSemaphore", "New",
+     make<[] { return ZfxCreateSemaphore(1); }, ZfxDestroySemaphore,
+          [](ZfxSemaphore *semaphore) { EXPECT_EQ(ZfxSemaphoreTryObtain(semaphore, 0), 1); }>},
     {"ZfxCreateThread", "New", create_thread},
-    {"ZfxExec", "AndWait", execute},
-    {"ZfxExecImpl", "AndWait", execute_impl},
-    {"ZfxExecP", "AndWait", execute_with_id},
-    {"ZfxExecPR", "AndWait", execute_redirected},
-    {"ZfxExecWP", "AndWait", execute_with_value},
+    {"ZfxExec", "AndWait", execute<[](uint32_t *process) {
+       const int32_t result = ZfxExec(kExitWithThree, 1);
+       *process = result == ENOMEM ? UINT32_MAX : 0;
+       return result;
+     }>},
+    {"ZfxExecImpl", "AndWait",
+     execute<[](uint32_t *process) { return ZfxExecImpl(kExitWithThree, 1, process, 0, -1, -1, -1); }>},
+    {"ZfxExecP", "AndWait", execute<[](uint32_t *process) { return ZfxExecP(kExitWithThree, 1, process); }>},
+    {"ZfxExecPR", "AndWait",
+     execute<[](uint32_t *process) { return ZfxExecPR(kExitWithThree, 1, -1, -1, -1, process); }>},
+    {"ZfxExecWP", "AndWait",
+     execute<[](uint32_t *process) { return ZfxExecWP(kExitWithThree, 1, 0, process); }>},
     {"ZfxGetOSUser", "Known", tell_user},
     {"ZfxGetUserGroups", "WithAMessage", list_groups},
     {"ZfxGetUserGroups", "WithoutAMessage", list_groups_without_message},
     {"ZfxSetTLSValue", "HighKey", store_value},
-    {"ZfxSocketReadSelect", "HighDescriptor", wait_until_readable},
-    {"ZfxSocketWriteSelect", "HighDescriptor", wait_until_writable},
-    {"gets_legacy", "First", read_line_without_limit},
-    {"safe_gets", "First", read_line},
+    {"ZfxSocketReadSelect", "HighDescriptor", wait_for_high_descriptor<ZfxSocketReadSelect, 0>},
+    {"ZfxSocketWriteSelect", "HighDescriptor", wait_for_high_descriptor<ZfxSocketWriteSelect, 1>},
+    {"gets_legacy", "First", read_line<gets_legacy>},
+    {"safe_gets", "First", read_line<[](char *line) { return safe_gets(line, 64, 1); }>},
 };
-
-char area[4096];
 
 const QuietCall kQuiet[] = {
     {"CreatePath", [] { EXPECT_EQ(CreatePath("/tmp"), 0); }},

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <string>
 
+#include "../os/standard_input.hpp"
 #include "CopyDirTree.h"
 #include "CreatePath.h"
 #include "FileStatus.h"
@@ -26,6 +27,7 @@
 #include "files_only_test.hpp"
 #include "gets_legacy.h"
 #include "kill.h"
+#include "os_samples.hpp"
 #include "osuser_unix.h"
 #include "procwait.h"
 #include "safe_gets.h"
@@ -38,18 +40,11 @@
 namespace {
 
 using faults::CallFault;
+using faults::kExitWithThree;
+using faults::LocalListener;
 using faults::SystemCall;
 
 namespace fs = std::filesystem;
-
-struct LocalListener {
-  LocalListener() { EXPECT_EQ(ZfxCreateDynamicListenSocket(&socket, &port), 0); }
-  ~LocalListener() { ::close(socket); }
-  LocalListener(const LocalListener &) = delete;
-  LocalListener &operator=(const LocalListener &) = delete;
-  int32_t socket = -1;
-  int32_t port = 0;
-};
 
 // Two connected sockets.
 struct Pair {
@@ -172,11 +167,12 @@ void close_socket_and_block(CallFault &fault) {
   expect_minus_one(fault, fault.during([&] { return ZfxCloseSocketEx(socket, block); }), 0);
 }
 
-void read_bytes(CallFault &fault) {
+// Moves "text" over a connection, or the first byte of it.
+template <auto kMove>
+void move_bytes(CallFault &fault) {
   const Pair pair;
   EXPECT_EQ(::write(pair.ends[1], "text", 4), 4);
-  char area[8] = "";
-  const int32_t count = fault.during([&] { return ZfxSocketRead(pair.ends[0], area, sizeof area); });
+  const int32_t count = fault.during([&] { return kMove(pair.ends[0]); });
   if (fault.error() == support::kShort) {
     EXPECT_EQ(count, 1);
   } else {
@@ -184,53 +180,24 @@ void read_bytes(CallFault &fault) {
   }
 }
 
-void write_bytes(CallFault &fault) {
-  const Pair pair;
-  const int32_t count = fault.during([&] { return ZfxSocketWrite(pair.ends[0], "text", 4); });
-  if (fault.error() == support::kShort) {
-    EXPECT_EQ(count, 1);
-  } else {
-    expect_minus_one(fault, count, 4);
-  }
-}
-
-void print_text(CallFault &fault) {
-  const Pair pair;
-  const int32_t count = fault.during([&] { return ZfxSocketPrintf(pair.ends[0], "%s", "text"); });
-  if (fault.error() == support::kShort) {
-    EXPECT_EQ(count, 1);
-  } else {
-    expect_minus_one(fault, count, 4);
-  }
-}
-
-using Select = int32_t (*)(int32_t, timeval *, int32_t *);
-
-void wait_by(CallFault &fault, Select wait) {
+template <auto kWait>
+void wait_until_ready(CallFault &fault) {
   const Pair pair;
   EXPECT_EQ(::write(pair.ends[1], "x", 1), 1);
   timeval timeout = {0, 0};
   int32_t error = -7;
-  const int32_t result = fault.during([&] { return wait(pair.ends[0], &timeout, &error); });
+  const auto wait = [&] { return kWait(pair.ends[0], &timeout, &error); };
+  const int32_t result = fault.during(wait);
   EXPECT_EQ(result, fault.struck() ? -1 : 1);
   EXPECT_EQ(error, fault.error());
-  EXPECT_EQ(wait(pair.ends[0], &timeout, &error), 1);
+  EXPECT_EQ(wait(), 1);
 }
-
-void wait_until_readable(CallFault &fault) {
-  wait_by(fault, ZfxSocketReadSelect);
-}
-
-void wait_until_writable(CallFault &fault) {
-  wait_by(fault, ZfxSocketWriteSelect);
-}
-
-using Execute = int32_t (*)(uint32_t *process);
 
 // Runs "exit 3" and waits; a wait that is interrupted goes on, one that fails gives -1.
-void execute_by(CallFault &fault, Execute execute) {
+template <auto kExecute>
+void execute(CallFault &fault) {
   uint32_t process = 0;
-  const int32_t result = fault.during([&] { return execute(&process); });
+  const int32_t result = fault.during([&] { return kExecute(&process); });
   if (fault.struck("fork")) {
     EXPECT_EQ(result, fault.error());
     EXPECT_EQ(process, UINT32_MAX);
@@ -242,26 +209,8 @@ void execute_by(CallFault &fault, Execute execute) {
   }
 }
 
-constexpr char kCommand[] = "sh -c 'exit 3'";
-
-void execute_impl(CallFault &fault) {
-  execute_by(fault, [](uint32_t *process) { return ZfxExecImpl(kCommand, 1, process, 0, -1, -1, -1); });
-}
-
-void execute_with_id(CallFault &fault) {
-  execute_by(fault, [](uint32_t *process) { return ZfxExecP(kCommand, 1, process); });
-}
-
-void execute_redirected(CallFault &fault) {
-  execute_by(fault, [](uint32_t *process) { return ZfxExecPR(kCommand, 1, -1, -1, -1, process); });
-}
-
-void execute_with_value(CallFault &fault) {
-  execute_by(fault, [](uint32_t *process) { return ZfxExecWP(kCommand, 1, 0, process); });
-}
-
-void execute(CallFault &fault) {
-  const int32_t result = fault.during([] { return ZfxExec(kCommand, 1); });
+void execute_without_id(CallFault &fault) {
+  const int32_t result = fault.during([] { return ZfxExec(kExitWithThree, 1); });
   if (fault.struck("fork")) {
     EXPECT_EQ(result, fault.error());
   } else if (fault.struck("waitpid") && fault.error() != EINTR) {
@@ -299,23 +248,16 @@ void wait_for_child(CallFault &fault) {
   }
 }
 
-void kill_child_by(CallFault &fault, int32_t (*kill_one)(uint32_t)) {
+template <auto kKill>
+void kill_child(CallFault &fault) {
   uint32_t process = 0;
   ASSERT_EQ(ZfxExecP("sleep 100", 0, &process), 0);
-  const int32_t result = fault.during([&] { return kill_one(process); });
+  const int32_t result = fault.during([&] { return kKill(process); });
   EXPECT_EQ(result, fault.error());
   if (fault.struck()) {
-    EXPECT_EQ(kill_one(process), 0);
+    EXPECT_EQ(kKill(process), 0);
   }
   EXPECT_EQ(ZfxWaitProcess(process, -1, nullptr), 1);
-}
-
-void kill_child(CallFault &fault) {
-  kill_child_by(fault, ZfxKillProcess);
-}
-
-void kill_child_tree(CallFault &fault) {
-  kill_child_by(fault, ZfxKillProcessTree);
 }
 
 // What cannot be looked at is made; what cannot be made ends the call, with all above it made.
@@ -334,14 +276,10 @@ void create_path(CallFault &fault) {
 }
 
 void copy_tree(CallFault &fault) {
-  const support::TemporaryFolder folder;
-  for (const char *name : {"src", "part", "src\\part"}) {
-    fs::create_directory(folder / name);
-  }
-  const support::CurrentFolder current(folder.path());
+  const faults::FolderToCopy sample;
   const int32_t result = fault.during([] { return CopyDirTree("dst", "src"); });
-  EXPECT_EQ(result == 0, fs::is_directory(folder / "dst"));
-  if (!fs::is_directory(folder / "dst")) {
+  EXPECT_EQ(result == 0, fs::is_directory("dst"));
+  if (!fs::is_directory("dst")) {
     EXPECT_EQ(result, fault.error());
   }
   EXPECT_EQ(CopyDirTree("dst", "src"), 0);
@@ -440,12 +378,8 @@ void list_groups(CallFault &fault) {
   ZfxFreeUserGroups(list);
 }
 
-void *return_at_once(void * /*record*/) {
-  return nullptr;
-}
-
 void create_thread(CallFault &fault) {
-  ZfxThread *thread = fault.during([] { return ZfxCreateThread(return_at_once, 1); });
+  ZfxThread *thread = fault.during([] { return ZfxCreateThread(faults::return_at_once, 1); });
   EXPECT_EQ(thread == nullptr, fault.struck());
   ZfxTerminateThread(thread);
 }
@@ -478,15 +412,11 @@ void load_library(CallFault &fault) {
   UnloadDynLib(library);
 }
 
-// Standard input is a file of the test's own.
-template <class Read>
-void read_line_by(CallFault &fault, Read read) {
-  const support::TemporaryFolder folder;
-  support::write_file(folder / "input", "line\nmore\n");
-  FILE *const before = stdin;
-  stdin = std::fopen((folder / "input").c_str(), "r");
+template <auto kRead>
+void read_line(CallFault &fault) {
+  const standard_input::Input input("line\nmore\n");
   char area[64] = "before";
-  const char *line = fault.during([&] { return read(area); });
+  const char *line = fault.during([&] { return kRead(area); });
   if (!fault.struck()) {
     EXPECT_EQ(line, area);
     EXPECT_STREQ(area, "line");
@@ -496,28 +426,14 @@ void read_line_by(CallFault &fault, Read read) {
     EXPECT_TRUE(std::string("line").starts_with(area)) << area;
   }
   std::clearerr(stdin);
-  EXPECT_EQ(read(area), area) << "the stream is read on";
-  std::fclose(stdin);
-  stdin = before;
-}
-
-void read_line(CallFault &fault) {
-  read_line_by(fault, [](char *area) { return safe_gets(area, 64, 1); });
-}
-
-void read_line_without_limit(CallFault &fault) {
-  read_line_by(fault, [](char *area) { return gets_legacy(area); });
-}
-
-void read_line_of_file(CallFault &fault) {
-  read_line_by(fault, [](char *area) { return GetFileLine(area, 64, stdin); });
+  EXPECT_EQ(kRead(area), area) << "the stream is read on";
 }
 
 constexpr SystemCall kCalls[] = {
     {"CopyDirTree", "OneLevel", copy_tree},
     {"CreatePath", "TwoLevels", create_path},
     {"GetExecutablePath", "Link", tell_folder},
-    {"GetFileLine", "First", read_line_of_file},
+    {"GetFileLine", "First", read_line<[](char *area) { return GetFileLine(area, 64, stdin); }>},
     {"LoadDynLib", "Program", load_library},
     {"ZfxAccept", "Waiting", accept_connection},
     {"ZfxAcceptEx", "Waiting", accept_extended},
@@ -529,30 +445,36 @@ constexpr SystemCall kCalls[] = {
     {"ZfxCreateSocket", "Stream", create_socket},
     {"ZfxCreateTLS", "New", create_key},
     {"ZfxCreateThread", "New", create_thread},
-    {"ZfxExec", "AndWait", execute},
-    {"ZfxExecImpl", "AndWait", execute_impl},
-    {"ZfxExecP", "AndWait", execute_with_id},
-    {"ZfxExecPR", "AndWait", execute_redirected},
-    {"ZfxExecWP", "AndWait", execute_with_value},
+    {"ZfxExec", "AndWait", execute_without_id},
+    {"ZfxExecImpl", "AndWait",
+     execute<[](uint32_t *process) { return ZfxExecImpl(kExitWithThree, 1, process, 0, -1, -1, -1); }>},
+    {"ZfxExecP", "AndWait", execute<[](uint32_t *process) { return ZfxExecP(kExitWithThree, 1, process); }>},
+    {"ZfxExecPR", "AndWait",
+     execute<[](uint32_t *process) { return ZfxExecPR(kExitWithThree, 1, -1, -1, -1, process); }>},
+    {"ZfxExecWP", "AndWait",
+     execute<[](uint32_t *process) { return ZfxExecWP(kExitWithThree, 1, 0, process); }>},
     {"ZfxGetComputerName", "Host", tell_host},
     {"ZfxGetOSUser", "Known", tell_user},
     {"ZfxGetTempFile", "Absent", open_temporary},
     {"ZfxGetTempFileName", "New", make_name},
     {"ZfxGetUserGroups", "WithAMessage", list_groups},
-    {"ZfxKillProcess", "Child", kill_child},
-    {"ZfxKillProcessTree", "Child", kill_child_tree},
+    {"ZfxKillProcess", "Child", kill_child<ZfxKillProcess>},
+    {"ZfxKillProcessTree", "Child", kill_child<ZfxKillProcessTree>},
     {"ZfxRedirToChildProcess", "Child", redirect_to_child},
     {"ZfxRelativeDirToAbsolute", "Relative", make_absolute},
     {"ZfxSetTLSValue", "LowKey", store_value},
-    {"ZfxSocketPrintf", "Text", print_text},
-    {"ZfxSocketRead", "Bytes", read_bytes},
-    {"ZfxSocketReadSelect", "Ready", wait_until_readable},
-    {"ZfxSocketWrite", "Bytes", write_bytes},
-    {"ZfxSocketWriteSelect", "Ready", wait_until_writable},
+    {"ZfxSocketPrintf", "Text", move_bytes<[](int socket) { return ZfxSocketPrintf(socket, "%s", "text"); }>},
+    {"ZfxSocketRead", "Bytes", move_bytes<[](int socket) {
+       char area[8] = "";
+       return ZfxSocketRead(socket, area, sizeof area);
+     }>},
+    {"ZfxSocketReadSelect", "Ready", wait_until_ready<ZfxSocketReadSelect>},
+    {"ZfxSocketWrite", "Bytes", move_bytes<[](int socket) { return ZfxSocketWrite(socket, "text", 4); }>},
+    {"ZfxSocketWriteSelect", "Ready", wait_until_ready<ZfxSocketWriteSelect>},
     {"ZfxStatFile", "Folder", tell_status},
     {"ZfxWaitProcess", "Child", wait_for_child},
-    {"gets_legacy", "First", read_line_without_limit},
-    {"safe_gets", "First", read_line},
+    {"gets_legacy", "First", read_line<gets_legacy>},
+    {"safe_gets", "First", read_line<[](char *area) { return safe_gets(area, 64, 1); }>},
 };
 
 struct OsRefused : faults::FilesOnlyTest, ::testing::WithParamInterface<SystemCall> {};
@@ -561,6 +483,6 @@ TEST_P(OsRefused, KeepsItsContractWhicheverSystemCallFails) {
   faults::walk(GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(Call, OsRefused, ::testing::ValuesIn(kCalls), faults::CallName());
+INSTANTIATE_TEST_SUITE_P(Call, OsRefused, ::testing::ValuesIn(kCalls), faults::RowName());
 
 }  // namespace

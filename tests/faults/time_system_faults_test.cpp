@@ -38,6 +38,6 @@ TEST_P(TimeRefused, KeepsItsContractWhicheverSystemCallFails) {
   faults::walk(GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(Call, TimeRefused, ::testing::ValuesIn(kCalls), faults::CallName());
+INSTANTIATE_TEST_SUITE_P(Call, TimeRefused, ::testing::ValuesIn(kCalls), faults::RowName());
 
 }  // namespace
