@@ -4,7 +4,7 @@
 #include "GetFileLine.h"
 #include "check.hpp"
 #include "input.hpp"
-#include "plain_text.hpp"
+#include "support/plain_text.hpp"
 
 namespace {
 

@@ -11,7 +11,7 @@
 
 #include "check.hpp"
 #include "conf.h"
-#include "plain_text.hpp"
+#include "support/plain_text.hpp"
 
 namespace plain {
 

@@ -3,13 +3,13 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <cctype>
 #include <climits>
 #include <optional>
 
 #include "check.hpp"
 #include "input.hpp"
 #include "strbuf.h"
+#include "support/plain_text.hpp"
 #include "zfxmemory.h"
 
 namespace {
@@ -65,12 +65,7 @@ class Model {
     set(text().substr(static_cast<std::size_t>(n)));
   }
   void trim() {
-    const auto space = [](char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; };
-    std::string kept = text();
-    kept.erase(kept.begin(), std::find_if_not(kept.begin(), kept.end(), space));
-    while (!kept.empty() && space(kept.back())) {
-      kept.pop_back();
-    }
+    const std::string kept = plain::trimmed(text());
     area_.replace(0, length_, kept + std::string(length_ - kept.size(), '\0'));
     length_ = kept.size();
   }

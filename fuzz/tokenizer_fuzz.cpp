@@ -1,27 +1,11 @@
 // The fields of a delimited line, and trimming, against the rules said again over strings.
-#include <cctype>
-
 #include "NextToken.h"
 #include "TrimString.h"
 #include "check.hpp"
 #include "input.hpp"
+#include "support/plain_text.hpp"
 
 namespace {
-
-bool is_space(char c) {
-  return std::isspace(static_cast<unsigned char>(c)) != 0;
-}
-
-std::string trimmed(std::string text) {
-  while (!text.empty() && is_space(text.back())) {
-    text.pop_back();
-  }
-  std::size_t start = 0;
-  while (start < text.size() && is_space(text[start])) {
-    ++start;
-  }
-  return text.substr(start);
-}
 
 struct PlainTokenizer {
   const std::string &line;
@@ -38,7 +22,7 @@ struct PlainTokenizer {
         ++position;
       }
       if (position == line.size() && position == start) return false;
-      token = trimmed(line.substr(start, std::min(position - start, room)));
+      token = plain::trimmed(line.substr(start, std::min(position - start, room)));
       if (position == line.size()) return true;
       ++position;
       if (!token.empty() || position == line.size()) return true;
@@ -67,6 +51,6 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
     fuzz::check_equal(static_cast<std::size_t>(position), plain.position, "position");
   }
   TrimString(copy.get());
-  fuzz::check_equal(std::string(copy.get()), trimmed(line), "trimmed line");
+  fuzz::check_equal(std::string(copy.get()), plain::trimmed(line), "trimmed line");
   return 0;
 }

@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 #include <fstream>
 #include <memory>
@@ -19,6 +18,7 @@
 
 #include "files.hpp"
 #include "locale.hpp"
+#include "plain_text.hpp"
 
 namespace {
 
@@ -485,21 +485,13 @@ TEST_F(ConfTest, FindsWhatTheLocaleFoldsTogetherHoweverManyEntriesThereAre) {
 }
 
 // The file format, written down on ordinary strings.
-std::string plain_trim(std::string text) {
-  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.front())))
-    text.erase(0, 1);
-  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back())))
-    text.pop_back();
-  return text;
-}
-
 Sections plain_sections(const std::string &text) {
   Sections sections{{"", {}}};
   for (std::size_t start = 0; start < text.size();) {
     const std::size_t newline = text.find('\n', start);
     const std::size_t rest = (newline == std::string::npos ? text.size() : newline + 1) - start;
     const std::size_t size = std::min<std::size_t>(rest, 1023);
-    const std::string line = plain_trim(text.substr(start, size).c_str());
+    const std::string line = plain::trimmed(text.substr(start, size).c_str());
     start += size;
     if (line.empty() || std::strchr("#;'", line[0]) != nullptr || line.compare(0, 2, "//") == 0) continue;
     if (line[0] == '[') {
@@ -508,8 +500,8 @@ Sections plain_sections(const std::string &text) {
       continue;
     }
     const std::size_t equals = line.find('=');
-    const std::string value = equals == std::string::npos ? "" : plain_trim(line.substr(equals + 1));
-    sections.back().second.emplace_back(plain_trim(line.substr(0, equals)), value);
+    const std::string value = equals == std::string::npos ? "" : plain::trimmed(line.substr(equals + 1));
+    sections.back().second.emplace_back(plain::trimmed(line.substr(0, equals)), value);
   }
   return sections;
 }

@@ -2,12 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <climits>
 #include <cstring>
 #include <random>
 #include <string>
 #include <vector>
+
+#include "plain_text.hpp"
 
 namespace {
 
@@ -30,14 +31,6 @@ struct PlainTokenizer {
   std::size_t room;
   std::size_t position = 0;
 
-  static std::string trim(std::string text) {
-    while (!text.empty() && std::isspace(static_cast<unsigned char>(text.front())))
-      text.erase(0, 1);
-    while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back())))
-      text.pop_back();
-    return text;
-  }
-
   bool next(std::string &out) {
     const std::size_t start = position;
     out.clear();
@@ -45,7 +38,7 @@ struct PlainTokenizer {
       while (position < line.size() && line[position] != delimiter)
         ++position;
       if (position == line.size() && position == start) return false;
-      out = trim(line.substr(start, position - start).substr(0, room));
+      out = plain::trimmed(line.substr(start, position - start).substr(0, room));
       if (position == line.size()) return true;
       ++position;
       if (!out.empty() || position == line.size()) return true;

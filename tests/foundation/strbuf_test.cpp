@@ -5,7 +5,6 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <cctype>
 #include <climits>
 #include <cstring>
 #include <memory>
@@ -14,6 +13,7 @@
 #include <vector>
 
 #include "failing_allocator.hpp"
+#include "plain_text.hpp"
 #include "zfxmemory.h"
 
 namespace {
@@ -95,11 +95,7 @@ class PlainBuffer {
 
   void trim() {
     const std::string before = text();
-    std::string kept = before;
-    while (!kept.empty() && std::isspace(static_cast<unsigned char>(kept.front())))
-      kept.erase(0, 1);
-    while (!kept.empty() && std::isspace(static_cast<unsigned char>(kept.back())))
-      kept.pop_back();
+    const std::string kept = plain::trimmed(before);
     std::fill_n(block.begin(), before.size(), '\0');
     std::copy(kept.begin(), kept.end(), block.begin());
     length = length_of(kept);

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cctype>
 #include <climits>
 #include <cstring>
 #include <memory>
@@ -11,6 +10,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "plain_text.hpp"
 
 namespace {
 
@@ -137,12 +138,8 @@ Lines plain_lines(const std::string &text, std::size_t room) {
   for (std::size_t start = 0; start < text.size();) {
     const std::size_t line_end = std::min(text.find('\n', start), text.size() - 1) + 1;
     const std::size_t end = std::min(line_end, start + room);
-    std::string piece = text.substr(start, end - start);
+    const std::string piece = plain::trimmed(text.substr(start, end - start));
     start = end;
-    while (!piece.empty() && std::isspace(static_cast<unsigned char>(piece.back())))
-      piece.pop_back();
-    while (!piece.empty() && std::isspace(static_cast<unsigned char>(piece.front())))
-      piece.erase(0, 1);
     if (!piece.empty() && piece.front() != '#') lines.push_back(piece);
   }
   return lines;
