@@ -1,9 +1,12 @@
-// JSON files when the system refuses: the reason is told, or the process ends as the scanner's header says.
+// JSON files when the system refuses, or changes them while they are read: the reason is told, or the process
+// ends as the scanner's header says; what a file has grown to is read whole.
 #include <gtest/gtest.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <string>
 
 #include "failing_calls.hpp"
@@ -12,6 +15,7 @@
 #include "process_end.hpp"
 #include "scanner.h"
 #include "zjson_expression.h"
+#include "zjson_util.h"
 #include "zjsondriver.h"
 
 namespace {
@@ -113,6 +117,50 @@ TEST_F(JsonRefused, HasReadTheFileEvenIfItCannotBeClosedWell) {
   EXPECT_TRUE(parse(5, 0, 0).returned);
 }
 
+std::string repeated(const std::string &item, int count, char separator) {
+  std::string text = item;
+  for (int i = 1; i < count; ++i) {
+    text += separator + item;
+  }
+  return text;
+}
+
+// Parses a file to which something is added when its size is known, before it is read for the given time.
+void expect_parsed_when_grown(const std::string &text, const std::string &added, std::size_t read = 1) {
+  const support::TemporaryFolder folder;
+  const std::string path = folder / "document.json";
+  support::write_file(path, text);
+  ZJsonExpression *document = nullptr;
+  {
+    support::BeforeCall growth("fread", read, [&] { std::ofstream(path, std::ios::app) << added; });
+    EXPECT_EQ(ZJsonExpression_ParseFile(&document, path.c_str()), 0);
+    EXPECT_TRUE(growth.has_happened());
+  }
+  char *whole = nullptr;
+  ASSERT_NE(document, nullptr);
+  ZJsonExpression_ToString(document, &whole, 0);
+  EXPECT_EQ(whole == nullptr ? document->errorMessage : std::string(whole), text + added);
+  std::free(whole);
+  ZJsonExpression_Delete(document);
+}
+
+TEST(JsonGrowing, IsParsedWithOneByteMore) {
+  expect_parsed_when_grown("[1,2", "]");
+}
+
+TEST(JsonGrowing, IsParsedWithManyBlocksMore) {
+  expect_parsed_when_grown("[" + repeated("\"item\"", 2000, ','),
+                           "," + repeated("\"more\"", 20000, ',') + "]");
+}
+
+TEST(JsonGrowing, IsParsedWithWhatComesBetweenTwoReads) {
+  expect_parsed_when_grown("[" + repeated("\"item\"", 2000, ','), ",1]", 2);
+}
+
+TEST(JsonGrowing, IsParsedWhenItWasEmpty) {
+  expect_parsed_when_grown("", "{\"a\":[\"b\",1]}");
+}
+
 // Lists of more items than a parser keeps in place are kept in pages, which grow.
 void expect_memory_exhausted_without_pages(const std::string &text) {
   const auto length = static_cast<int32_t>(text.size());
@@ -132,14 +180,6 @@ void expect_memory_exhausted_without_pages(const std::string &text) {
     ++failures;
   }
   EXPECT_GE(failures, 2U);
-}
-
-std::string repeated(const std::string &item, int count, char separator) {
-  std::string text = item;
-  for (int i = 1; i < count; ++i) {
-    text += separator + item;
-  }
-  return text;
 }
 
 TEST(JsonWithoutPages, SaysThatMemoryIsExhaustedByAnArray) {

@@ -25,6 +25,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <utility>
 
 namespace support {
 
@@ -114,6 +115,7 @@ struct Order {
 
 thread_local Order of_thread;
 thread_local Order *current = &of_thread;
+thread_local BeforeCall *before_call = nullptr;
 
 const Watched *find_watched(std::string_view function) {
   const auto *found = std::find_if(std::begin(kWatched), std::end(kWatched),
@@ -123,6 +125,7 @@ const Watched *find_watched(std::string_view function) {
 
 // How this call of the function fails, 0 for not at all.
 int failure_of(const char *function) {
+  if (before_call != nullptr) before_call->notice(function);
   Order &order = *current;
   const bool is_child = order.process != ::getpid();
   if (order.first == 0 || is_child != (order.whose == CallsOf::kChild)) return 0;
@@ -226,6 +229,20 @@ bool FailingCalls::stop() {
   }
   order.first = 0;
   return !function_.empty();
+}
+
+BeforeCall::BeforeCall(std::string_view function, std::size_t count, std::function<void()> action)
+    : function_(function), count_(count), action_(std::move(action)) {
+  before_call = this;
+}
+
+BeforeCall::~BeforeCall() {
+  before_call = nullptr;
+}
+
+void BeforeCall::notice(std::string_view function) {
+  if (function != function_ || count_ == 0) return;
+  if (--count_ == 0) action_();
 }
 
 bool is_watched(std::string_view function) {

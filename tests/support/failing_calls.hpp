@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string_view>
 
 namespace support {
@@ -34,6 +35,26 @@ class FailingCalls {
   std::string_view function_;
   int error_ = 0;
   std::size_t ways_ = 0;
+};
+
+/// Has something happen once, right before this thread's call number @p count (from 1) of the watched
+/// function.
+class BeforeCall {
+ public:
+  BeforeCall(std::string_view function, std::size_t count, std::function<void()> action);
+  ~BeforeCall();
+  BeforeCall(const BeforeCall &) = delete;
+  BeforeCall &operator=(const BeforeCall &) = delete;
+
+  [[nodiscard]] bool has_happened() const { return count_ == 0; }
+
+  /// Tells of a call, which is for the functions of failing_calls.cpp.
+  void notice(std::string_view function);
+
+ private:
+  std::string_view function_;
+  std::size_t count_;  // calls still to come, this one included
+  std::function<void()> action_;
 };
 
 /// Whether calls of the function are watched.
