@@ -1,29 +1,23 @@
 // JSON in memory: the parser against a plain restatement of scanner and grammar, printing against reading
 // again.
+#include "check.hpp"
 #include "input.hpp"
-#include "json_outcome.hpp"
-#include "zjsondriver.h"
+#include "json/documents.hpp"
+#include "json/plain_parser.hpp"
 
 namespace {
 
-std::string without_end(std::string text) {
-  while (!text.empty() && std::string(" \t\n\r\0", 5).find(text.back()) != std::string::npos) {
-    text.pop_back();
-  }
-  return text;
-}
-
-fuzz::JsonDocument parsed(const std::string &text) {
-  return fuzz::JsonDocument(
+documents::Document parsed(const std::string &text) {
+  return documents::Document(
       ZJsonExpression_Parse(fuzz::exact_copy(text).get(), static_cast<int32_t>(text.size())));
 }
 
 // Gives the document, or nothing where there is none.
-fuzz::JsonDocument check_parse(const std::string &text) {
-  const std::string expected = fuzz::plain_outcome(without_end(text));
+documents::Document check_parse(const std::string &text) {
+  const std::string expected = plain::PlainParser(documents::without_end(text)).run();
   if (expected == "jam") return nullptr;
-  fuzz::JsonDocument document = parsed(text);
-  fuzz::check_equal(fuzz::outcome_of(document.get()), expected, "outcome of a parse");
+  documents::Document document = parsed(text);
+  fuzz::check_equal(documents::outcome_of(document.get()), expected, "outcome of a parse");
   return document->root == nullptr ? nullptr : std::move(document);
 }
 
@@ -37,22 +31,22 @@ bool comes_back(const std::string &text, const std::string &compact) {
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   const std::string text(reinterpret_cast<const char *>(data), size);
-  const fuzz::JsonDocument document = check_parse(text);
+  const documents::Document document = check_parse(text);
   if (document == nullptr) return 0;
 
-  const std::string compact = fuzz::printed(document.get(), false);
-  const fuzz::JsonDocument again = check_parse(compact);
+  const std::string compact = documents::printed(document.get(), false);
+  const documents::Document again = check_parse(compact);
   if (comes_back(text, compact)) {
     fuzz::check(again != nullptr, "a printed document is one");
-    fuzz::check_equal(fuzz::printed(again.get(), false), compact, "printed and parsed document");
+    fuzz::check_equal(documents::printed(again.get(), false), compact, "printed and parsed document");
   }
-  check_parse(fuzz::printed(document.get(), true));
+  check_parse(documents::printed(document.get(), true));
 
-  const fuzz::JsonDocument copy(ZJsonExpression_New());
+  const documents::Document copy(ZJsonExpression_New());
   copy->root = ZJsonValue_Clone(document->root);
   // A copy takes the quotes off names once more, which shows where a name still has some.
   if (text.find('\'') == std::string::npos) {
-    fuzz::check_equal(fuzz::printed(copy.get(), false), compact, "copy of a document");
+    fuzz::check_equal(documents::printed(copy.get(), false), compact, "copy of a document");
   }
   return 0;
 }

@@ -3,8 +3,10 @@
 #include <utility>
 #include <vector>
 
+#include "check.hpp"
 #include "input.hpp"
-#include "json_outcome.hpp"
+#include "json/documents.hpp"
+#include "json/plain_parser.hpp"
 #include "realconv.h"
 
 namespace {
@@ -114,7 +116,7 @@ class Editor {
     print(*node_, after_name != 0, level, expected);
     char *out = ZfxStrDup("before");
     const uint32_t length = ZJsonValue_ToString(value_, &out, after_name, level);
-    const std::unique_ptr<char, fuzz::JsonDeleter> owner(out);
+    const documents::Owned<char> owner(out);
     fuzz::check_equal(std::string(out, length), expected, "part of a document");
   }
 
@@ -122,7 +124,7 @@ class Editor {
     for (const bool pretty : {false, true}) {
       std::string expected;
       print(root_, false, pretty ? 0 : -1, expected);
-      fuzz::check_equal(fuzz::printed(document_.get(), pretty), expected, pretty ? "pretty" : "compact");
+      fuzz::check_equal(documents::printed(document_.get(), pretty), expected, pretty ? "pretty" : "compact");
     }
     const int32_t count = is_object() ? value_->object->count : value_->array->count;
     const int32_t capacity = is_object() ? value_->object->capacity : value_->array->capacity;
@@ -222,7 +224,7 @@ class Editor {
     go_to_root();
   }
 
-  fuzz::JsonDocument document_;
+  documents::Document document_;
   Node root_;
   Node *node_ = nullptr;  // where the script works, and the value that belongs to it
   ZJsonValue *value_ = nullptr;

@@ -4,11 +4,12 @@
 #include <cstdio>
 #include <cstring>
 
+#include "check.hpp"
 #include "grammar.h"
 #include "input.hpp"
-#include "json_outcome.hpp"
+#include "json/documents.hpp"
+#include "json/plain_parser.hpp"
 #include "scanner.h"
-#include "zjsondriver.h"
 
 namespace {
 
@@ -105,17 +106,17 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   zjson__scan_bytes(portions.bytes.data(), static_cast<int32_t>(portions.bytes.size()), scanner);
   check_tokens(scanner, portions.bytes);
 
-  const std::string expected = fuzz::plain_outcome(portions.bytes);
+  const std::string expected = plain::PlainParser(portions.bytes).run();
   if (expected == "jam") return 0;
   {
     const Stream stream = open_stream(portions);
-    const fuzz::JsonDocument document(ZJsonExpression_ParseStream(stream.get()));
-    fuzz::check_equal(fuzz::outcome_of(document.get()), expected, "outcome of a stream");
+    const documents::Document document(ZJsonExpression_ParseStream(stream.get()));
+    fuzz::check_equal(documents::outcome_of(document.get()), expected, "outcome of a stream");
   }
   const Stream stream = open_stream(portions);
   ZJsonExpression *result = nullptr;
   zjson_parse(&result, scanner_of(stream.get(), buffer_size).get());
-  fuzz::check_equal(fuzz::outcome_of(fuzz::JsonDocument(result).get()), expected,
+  fuzz::check_equal(documents::outcome_of(documents::Document(result).get()), expected,
                     "outcome of a small buffer");
   return 0;
 }

@@ -11,45 +11,21 @@
 #include <thread>
 #include <vector>
 
+#include "documents.hpp"
 #include "failing_allocator.hpp"
 #include "files.hpp"
 #include "plain_parser.hpp"
-#include "zfxmemory.h"
-#include "zjson_util.h"
 #include "zjsondriver.h"
 
 namespace {
 
-struct Deleter {
-  void operator()(ZJsonExpression *document) const { ZJsonExpression_Delete(document); }
-  void operator()(char *text) const { ZfxMemFree(text); }
-};
-using Document = std::unique_ptr<ZJsonExpression, Deleter>;
+using documents::Document;
+using documents::list_of;
+using documents::parse;
+using documents::repeated;
 
-Document parse(const std::string &text) {
-  return Document(ZJsonExpression_Parse(text.data(), static_cast<int32_t>(text.size())));
-}
-
-std::string compact(const ZJsonExpression *document) {
-  char *out = nullptr;
-  const uint32_t length = ZJsonExpression_ToString(document, &out, 0);
-  const std::unique_ptr<char, Deleter> owner(out);
-  return out == nullptr ? "" : std::string(out, length);
-}
-
-// The document printed, or its message.
 std::string outcome_of(const std::string &text) {
-  const Document document = parse(text);
-  if (document == nullptr) return "no document";
-  EXPECT_NE(document->root == nullptr, document->errorMessage == nullptr) << text;
-  return document->root == nullptr ? document->errorMessage : compact(document.get());
-}
-
-std::string repeated(const std::string &text, int count) {
-  std::string all;
-  while (count-- > 0)
-    all += text;
-  return all;
+  return documents::outcome_of(parse(text).get());
 }
 
 TEST(zjson_parse, BuildsEveryKindOfValue) {
@@ -80,10 +56,6 @@ TEST(zjson_parse, GivesContainersTheCapacityOfItemByItemAppends) {
     EXPECT_EQ(object->root->object->count, count);
     EXPECT_EQ(object->root->object->capacity, (count / 10 + 1) * 10);
   }
-}
-
-std::string list_of(const std::string &item, int count) {
-  return count == 0 ? "" : item + repeated("," + item, count - 1);
 }
 
 TEST(zjson_parse, BuildsManyLongListsOfEveryLengthInEachOther) {
@@ -190,12 +162,6 @@ std::string random_json(std::mt19937 &random, int depth) {
          list([&] { return "\"k\"" + space() + ":" + random_json(random, depth - 1); }) + "}" + space();
 }
 
-std::string trimmed(std::string text) {
-  while (!text.empty() && std::string(" \t\n\r\0", 5).find(text.back()) != std::string::npos)
-    text.pop_back();
-  return text;
-}
-
 TEST(zjson_parse, AgreesWithThePlainGrammarOnRandomTexts) {
   std::mt19937 random(21);
   int documents = 0;
@@ -204,7 +170,7 @@ TEST(zjson_parse, AgreesWithThePlainGrammarOnRandomTexts) {
     if (round % 4 == 1 && !text.empty()) text.erase(random() % text.size(), 1);
     if (round % 4 == 2 && !text.empty())
       text.insert(random() % text.size(), 1, "[]{},:1\"' x"[random() % 11]);
-    text = trimmed(text);
+    text = documents::without_end(text);
     const std::string expected = plain::PlainParser(text).run();
     if (expected == "jam") continue;
     ASSERT_EQ(outcome_of(text), expected) << testing::PrintToString(text);
@@ -216,7 +182,7 @@ TEST(zjson_parse, AgreesWithThePlainGrammarOnRandomTexts) {
 TEST(zjson_parse, ReadsTheSameFromAStreamAsFromMemory) {
   std::mt19937 random(22);
   for (int round = 0; round < 2000; ++round) {
-    const std::string text = trimmed(random_json(random, 5));
+    const std::string text = documents::without_end(random_json(random, 5));
     if (text.empty() || plain::PlainParser(text).run() == "jam") continue;
     FILE *stream = std::tmpfile();
     std::fwrite(text.data(), 1, text.size(), stream);
@@ -231,7 +197,7 @@ TEST(zjson_parse, ReadsTheSameFromAStreamAsFromMemory) {
     zjson_lex_destroy(scanner);
     std::fclose(stream);
     ASSERT_EQ(status, document->root == nullptr ? 1 : 0);
-    ASSERT_EQ(document->root == nullptr ? document->errorMessage : compact(result), outcome_of(text)) << text;
+    ASSERT_EQ(documents::outcome_of(result), outcome_of(text)) << text;
   }
 }
 
@@ -454,7 +420,7 @@ TEST(zjson_debug, TracesTheGrowthOfTheStackAndItsEnd) {
 TEST(zjson_debug, ChangesNothingButTheTrace) {
   std::mt19937 random(23);
   for (int round = 0; round < 300; ++round) {
-    const std::string text = trimmed(random_json(random, 4));
+    const std::string text = documents::without_end(random_json(random, 4));
     if (plain::PlainParser(text).run() == "jam") continue;
     const std::string silent = outcome_of(text);
     support::CapturedDescriptor capture(2);
@@ -479,7 +445,7 @@ TEST(zjson_parse, EndsWithMemoryExhaustedWhenMemoryRunsOut) {
     const Document document(result);
     ASSERT_NE(document, nullptr) << n;
     if (!failed) {
-      EXPECT_EQ(compact(document.get()), whole);
+      EXPECT_EQ(documents::printed(document.get()), whole);
       break;
     }
     ASSERT_EQ(document->root, nullptr) << n;

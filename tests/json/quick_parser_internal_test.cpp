@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "documents.hpp"
 #include "failing_allocator.hpp"
 #include "grammar.h"
 #include "plain_scanner.hpp"
@@ -20,10 +21,9 @@ namespace {
 
 using zorvcrt::QuickOutcome;
 
-struct Deleter {
-  void operator()(ZJsonExpression *document) const { ZJsonExpression_Delete(document); }
-};
-using Document = std::unique_ptr<ZJsonExpression, Deleter>;
+using documents::Document;
+using documents::list_of;
+using documents::repeated;
 
 // Exactly as large as the text, so that a sanitizer sees each read behind it.
 std::unique_ptr<char[]> exact_copy(const std::string &text) {
@@ -80,17 +80,6 @@ bool are_same(const ZJsonValue *one, const ZJsonValue *other) {
     default:
       return one->integer == other->integer;  // the bits of a real too, and those of a value without payload
   }
-}
-
-std::string repeated(const std::string &text, int count) {
-  std::string all;
-  while (count-- > 0)
-    all += text;
-  return all;
-}
-
-std::string list_of(const std::string &item, int count) {
-  return count == 0 ? "" : item + repeated("," + item, count - 1);
 }
 
 // A document, of every kind of token and in every layout.

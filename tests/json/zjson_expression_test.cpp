@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "documents.hpp"
 #include "failing_allocator.hpp"
 #include "zfxmemory.h"
 
@@ -17,15 +18,7 @@ extern "C" int64_t sum_in_c(const ZJsonExpression *document);
 
 namespace {
 
-struct Deleter {
-  void operator()(ZJsonExpression *document) const { ZJsonExpression_Delete(document); }
-  void operator()(ZJsonValue *value) const { ZJsonValue_Delete(value); }
-  void operator()(ZJsonArray *array) const { ZJsonArray_Delete(array); }
-  void operator()(ZJsonObject *object) const { ZJsonObject_Delete(object); }
-  void operator()(ZJsonMember *member) const { ZJsonMember_Delete(member); }
-};
-template <class Record>
-using Owned = std::unique_ptr<Record, Deleter>;
+using documents::Owned;
 
 template <class Record>
 Owned<Record> owned(Record *record) {
@@ -535,7 +528,7 @@ std::size_t for_each_failure(Call call) {
     auto *result = call();
     const bool failed = failing.stop();
     EXPECT_EQ(result == nullptr, failed) << "allocation " << n;
-    Deleter()(result);
+    documents::Release()(result);
     if (!failed) return n - 1;
   }
 }

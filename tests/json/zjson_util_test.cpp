@@ -10,20 +10,14 @@
 #include <string>
 #include <vector>
 
+#include "documents.hpp"
 #include "failing_allocator.hpp"
 #include "realconv.h"
 #include "zfxmemory.h"
 
 namespace {
 
-struct Deleter {
-  void operator()(ZJsonValue *value) const { ZJsonValue_Delete(value); }
-  void operator()(ZJsonMember *member) const { ZJsonMember_Delete(member); }
-  void operator()(ZJsonExpression *document) const { ZJsonExpression_Delete(document); }
-  void operator()(char *text) const { ZfxMemFree(text); }
-};
-template <class Record>
-using Owned = std::unique_ptr<Record, Deleter>;
+using documents::Owned;
 
 constexpr int32_t kCompact = -1;
 

@@ -12,30 +12,17 @@
 #include <utility>
 #include <vector>
 
+#include "documents.hpp"
 #include "failing_allocator.hpp"
 #include "files.hpp"
-#include "zfxmemory.h"
-#include "zjson_util.h"
 
 namespace {
 
-struct Deleter {
-  void operator()(ZJsonExpression *document) const { ZJsonExpression_Delete(document); }
-  void operator()(char *text) const { ZfxMemFree(text); }
-};
-using Document = std::unique_ptr<ZJsonExpression, Deleter>;
-
-// The document printed, or its message.
-std::string outcome_of(const ZJsonExpression *document) {
-  if (document == nullptr) return "no document";
-  if (document->root == nullptr) return document->errorMessage;
-  char *out = nullptr;
-  ZJsonExpression_ToString(document, &out, 0);
-  return std::unique_ptr<char, Deleter>(out).get();
-}
+using documents::Document;
+using documents::outcome_of;
 
 std::string parse(const std::string &text) {
-  return outcome_of(Document(ZJsonExpression_Parse(text.data(), static_cast<int32_t>(text.size()))).get());
+  return outcome_of(documents::parse(text).get());
 }
 
 // A stream that gives a piece per read; an empty piece is a read that fails with the error.
@@ -105,7 +92,7 @@ TEST(ZJsonExpression_Parse, DropsWhiteSpaceAndZerosAtTheEnd) {
 TEST(ZJsonExpression_Parse, NeitherChangesNorKeepsTheText) {
   std::string text = "{\"name\":[1,\"two\"]}\n\n";
   const std::string before = text;
-  const Document document(ZJsonExpression_Parse(text.data(), static_cast<int32_t>(text.size())));
+  const Document document = documents::parse(text);
   EXPECT_EQ(text, before);
   text.assign(text.size(), 'x');
   EXPECT_EQ(outcome_of(document.get()), "{\"name\":[1,\"two\"]}");
@@ -140,7 +127,7 @@ TEST(ZJsonExpression_Parse, ReadsNoByteBehindTheText) {
 
 TEST(ZJsonExpression_Parse, TakesAStringOfManyMegabytes) {
   const std::string text = "[\"" + std::string(100000000, 'x') + "\"]";
-  const Document document(ZJsonExpression_Parse(text.data(), static_cast<int32_t>(text.size())));
+  const Document document = documents::parse(text);
   EXPECT_EQ(std::strlen(document->root->array->items[0]->string), 100000000U);
 }
 
