@@ -2,35 +2,9 @@
 #include "NextToken.h"
 #include "TrimString.h"
 #include "check.hpp"
+#include "foundation/plain_tokenizer.hpp"
 #include "input.hpp"
 #include "support/plain_text.hpp"
-
-namespace {
-
-struct PlainTokenizer {
-  const std::string &line;
-  char delimiter;
-  std::size_t room;
-  std::size_t position;
-  std::string token;
-
-  bool next() {
-    const std::size_t start = position;
-    token.clear();
-    for (;;) {
-      while (position < line.size() && line[position] != delimiter) {
-        ++position;
-      }
-      if (position == line.size() && position == start) return false;
-      token = plain::trimmed(line.substr(start, std::min(position - start, room)));
-      if (position == line.size()) return true;
-      ++position;
-      if (!token.empty() || position == line.size()) return true;
-    }
-  }
-};
-
-}  // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   fuzz::Input input(data, size);
@@ -41,14 +15,14 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
 
   const auto out = std::make_unique<char[]>(room + 1);
   int32_t position = 0;
-  PlainTokenizer plain{line, delimiter, room, 0, ""};
+  plain::Tokenizer model{line, delimiter, room};
   for (bool more = true; more;) {
-    more = plain.next();
+    more = model.next();
     const int32_t got =
         ZfxNextToken(copy.get(), delimiter, out.get(), static_cast<int32_t>(room + 1), &position);
     fuzz::check_equal(got, more ? 1 : 0, "whether there is a field");
-    fuzz::check_equal(std::string(out.get()), plain.token, "field");
-    fuzz::check_equal(static_cast<std::size_t>(position), plain.position, "position");
+    fuzz::check_equal(std::string(out.get()), model.token, "field");
+    fuzz::check_equal(static_cast<std::size_t>(position), model.position, "position");
   }
   TrimString(copy.get());
   fuzz::check_equal(std::string(copy.get()), plain::trimmed(line), "trimmed line");

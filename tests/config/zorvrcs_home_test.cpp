@@ -1,5 +1,4 @@
 // QUOR_HOME: the installation's home, by way of the links that lead into it.
-#include <dlfcn.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -9,6 +8,7 @@
 #include <map>
 #include <string>
 
+#include "next_function.hpp"
 #include "zorvrcs_fixture.hpp"
 
 namespace {
@@ -37,7 +37,7 @@ extern "C" char *getcwd(char *buffer, size_t size) noexcept {
     errno = EACCES;
     return nullptr;
   }
-  static const auto system_getcwd = reinterpret_cast<char *(*)(char *, size_t)>(::dlsym(RTLD_NEXT, "getcwd"));
+  static const auto system_getcwd = support::next_function<char *(*)(char *, size_t)>("getcwd");
   return system_getcwd(buffer, size);
 }
 

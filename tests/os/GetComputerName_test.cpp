@@ -1,11 +1,12 @@
 #include "GetComputerName.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <string>
+
+#include "next_function.hpp"
 
 namespace {
 
@@ -19,7 +20,7 @@ extern "C" int gethostname(char *name, size_t size) noexcept {
     errno = EFAULT;
     return -1;
   }
-  static const auto next = reinterpret_cast<int (*)(char *, size_t)>(::dlsym(RTLD_NEXT, "gethostname"));
+  static const auto next = support::next_function<int (*)(char *, size_t)>("gethostname");
   return next(name, size);
 }
 

@@ -1,6 +1,5 @@
 #include "GetExecutablePath.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -11,6 +10,7 @@
 #include <string>
 
 #include "files.hpp"
+#include "next_function.hpp"
 
 namespace {
 
@@ -32,8 +32,7 @@ extern "C" ssize_t readlink(const char *path, char *buffer, size_t size) noexcep
     std::memcpy(buffer, link_text->data(), count);
     return static_cast<ssize_t>(count);
   }
-  static const auto next =
-      reinterpret_cast<ssize_t (*)(const char *, char *, size_t)>(::dlsym(RTLD_NEXT, "readlink"));
+  static const auto next = support::next_function<ssize_t (*)(const char *, char *, size_t)>("readlink");
   return next(path, buffer, size);
 }
 

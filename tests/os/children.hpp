@@ -2,7 +2,6 @@
 // one source file of a test program.
 #pragma once
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
@@ -16,6 +15,8 @@
 #include <cstdlib>
 #include <string>
 
+#include "next_function.hpp"
+
 inline bool fork_fails = false;
 inline bool heap_is_closed_to_children = false;
 inline bool heap_is_closed = false;
@@ -26,7 +27,7 @@ extern "C" pid_t fork() noexcept {
     errno = EAGAIN;
     return -1;
   }
-  static const auto next = reinterpret_cast<pid_t (*)()>(::dlsym(RTLD_NEXT, "fork"));
+  static const auto next = support::next_function<pid_t (*)()>("fork");
   const pid_t child = next();
   if (child == 0) heap_is_closed = heap_is_closed_to_children;
   return child;

@@ -1,4 +1,3 @@
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <semaphore.h>
@@ -12,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include "next_function.hpp"
 #include "zfxsemaphore.h"
 
 namespace {
@@ -49,7 +49,7 @@ extern "C" int nanosleep(const timespec *pause, timespec *rest) {
 }
 
 extern "C" int sem_trywait(sem_t *semaphore) noexcept {
-  static const auto real = reinterpret_cast<int (*)(sem_t *)>(dlsym(RTLD_NEXT, "sem_trywait"));
+  static const auto real = support::next_function<int (*)(sem_t *)>("sem_trywait");
   if (script.is_on) {
     script.trace += 't';
     if (script.release_before_try-- == 0) ZfxSemaphoreRelease(script.semaphore);

@@ -10,6 +10,7 @@
 
 #include "children.hpp"
 #include "files.hpp"
+#include "next_function.hpp"
 #include "tcpsock.h"
 
 namespace {
@@ -26,7 +27,7 @@ extern "C" int select(int count, fd_set *readable, fd_set *writable, fd_set *exc
     }
     return 1;
   }
-  static const auto next = reinterpret_cast<decltype(&::select)>(::dlsym(RTLD_NEXT, "select"));
+  static const auto next = support::next_function<decltype(&::select)>("select");
   return next(count, readable, writable, exceptional, timeout);
 }
 

@@ -14,6 +14,7 @@
 #include "children.hpp"
 #include "exec.h"
 #include "files.hpp"
+#include "next_function.hpp"
 #include "private_root.hpp"
 #include "zfxmemory.h"
 
@@ -25,11 +26,6 @@ bool getsockname_fails = false;
 bool listen_fails = false;
 int backlog = -1;
 
-template <class Function>
-Function *next(const char *name) {
-  return reinterpret_cast<Function *>(::dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
 extern "C" int setsockopt(int socket, int level, int option, const void *value, socklen_t length) noexcept {
@@ -37,7 +33,8 @@ extern "C" int setsockopt(int socket, int level, int option, const void *value, 
     errno = ENOPROTOOPT;
     return -1;
   }
-  static auto *real = next<int(int, int, int, const void *, socklen_t)>("setsockopt");
+  static const auto real =
+      support::next_function<int (*)(int, int, int, const void *, socklen_t)>("setsockopt");
   return real(socket, level, option, value, length);
 }
 
@@ -46,7 +43,7 @@ extern "C" int getsockname(int socket, sockaddr *address, socklen_t *length) noe
     errno = ENOBUFS;
     return -1;
   }
-  static auto *real = next<int(int, sockaddr *, socklen_t *)>("getsockname");
+  static const auto real = support::next_function<int (*)(int, sockaddr *, socklen_t *)>("getsockname");
   return real(socket, address, length);
 }
 
@@ -56,7 +53,7 @@ extern "C" int listen(int socket, int given_backlog) noexcept {
     errno = EOPNOTSUPP;
     return -1;
   }
-  static auto *real = next<int(int, int)>("listen");
+  static const auto real = support::next_function<int (*)(int, int)>("listen");
   return real(socket, given_backlog);
 }
 

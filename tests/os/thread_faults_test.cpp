@@ -1,6 +1,5 @@
 // What becomes of handles when memory or the system's threads are used up, or a thread is quicker than its
 // creator. The program puts functions of its own in front of those that the library calls.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 
@@ -12,6 +11,7 @@
 
 #include "event.h"
 #include "mutex.h"
+#include "next_function.hpp"
 #include "thread_routines.hpp"
 #include "zfxmemory.h"
 #include "zfxsemaphore.h"
@@ -44,7 +44,7 @@ extern "C" int pthread_create(pthread_t *thread, const pthread_attr_t *attr, voi
     *thread = 4711;  // undefined after a failure
     return EAGAIN;
   }
-  const auto real = reinterpret_cast<CreateFunction>(dlsym(RTLD_NEXT, "pthread_create"));
+  const auto real = support::next_function<CreateFunction>("pthread_create");
   const int result = real(thread, attr, routine, argument);
   if (creators_are_slow) std::this_thread::sleep_for(std::chrono::milliseconds(50));
   return result;

@@ -1,6 +1,5 @@
 #include "usergroups_unix.h"
 
-#include <dlfcn.h>
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -11,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "next_function.hpp"
 #include "user_database.hpp"
 
 namespace {
@@ -38,7 +38,7 @@ extern "C" int getgrouplist(const char *user, gid_t group, gid_t *ids, int *grou
   if (ids == nullptr && to_count.given) return given_answer(to_count, groups);
   if (ids != nullptr && to_ids.given) return given_answer(to_ids, groups);
   static const auto next =
-      reinterpret_cast<int (*)(const char *, gid_t, gid_t *, int *)>(::dlsym(RTLD_NEXT, "getgrouplist"));
+      support::next_function<int (*)(const char *, gid_t, gid_t *, int *)>("getgrouplist");
   return next(user, group, ids, groups);
 }
 

@@ -1,12 +1,12 @@
 #include "failing_allocator.hpp"
 
-#include <dlfcn.h>
-
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+
+#include "next_function.hpp"
 
 namespace support {
 
@@ -32,14 +32,6 @@ bool refused(std::size_t size) {
   order.failed = true;
   errno = ENOMEM;
   return true;
-}
-
-template <class Function>
-Function next_function(const char *name) {
-  Function function = nullptr;
-  void *found = ::dlsym(RTLD_NEXT, name);
-  std::memcpy(&function, &found, sizeof function);
-  return function;
 }
 
 // dlsym() itself may ask for memory while the real calloc is being looked up.

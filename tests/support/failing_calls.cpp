@@ -1,7 +1,6 @@
 #include "failing_calls.hpp"
 
 #include <dirent.h>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <grp.h>
 #include <netdb.h>
@@ -26,6 +25,8 @@
 #include <cstring>
 #include <ctime>
 #include <utility>
+
+#include "next_function.hpp"
 
 namespace support {
 
@@ -139,14 +140,6 @@ int failure_of(const char *function) {
     order.error = error;
   }
   return error;
-}
-
-template <class Function>
-Function next_function(const char *name) {
-  Function function = nullptr;
-  void *found = ::dlsym(RTLD_NEXT, name);
-  std::memcpy(&function, &found, sizeof function);
-  return function;
 }
 
 template <class Result, class... Arguments>
