@@ -19,6 +19,7 @@
 #include "files.hpp"
 #include "locale.hpp"
 #include "plain_text.hpp"
+#include "random_text.hpp"
 
 namespace {
 
@@ -430,10 +431,7 @@ const ConfigEntry *walk_to_entry(const ConfigSection *section, const std::string
 }
 
 std::string random_name(std::mt19937 &random, const char *alphabet, unsigned lengths) {
-  std::string name(1 + random() % lengths, ' ');
-  for (char &c : name)
-    c = alphabet[random() % std::strlen(alphabet)];
-  return name;
+  return support::random_text(random, 1 + random() % lengths, alphabet);
 }
 
 void expect_look_ups_find_the_first(const Configuration &config, std::mt19937 &random, const char *alphabet) {

@@ -13,6 +13,7 @@
 
 #include "files.hpp"
 #include "private_root.hpp"
+#include "random_text.hpp"
 #include "tls.h"
 #include "zfxmemory.h"
 
@@ -273,10 +274,7 @@ TEST_F(ReadRCS, EqualsThePlainModelOnRandomFiles) {
   uint32_t key = 0;
   ASSERT_EQ(ZfxCreateTLS(&key, tlsRCSDealloc), 0);
   for (int round = 0; round < 3000; ++round) {
-    std::string file(random() % 60, ' ');
-    for (char &c : file) {
-      c = alphabet[random() % alphabet.size()];
-    }
+    std::string file = support::random_text(random, random() % 60, alphabet);
     if (random() % 4 == 0) file.insert(random() % (file.size() + 1), std::string(500 + random() % 20, 'x'));
     support::write_file(kSystemFile, file);
     for (const char *name : {"a", "AB", "", "b ", "x"}) {

@@ -100,6 +100,17 @@ class SettingsHome : public FixedPathSettingsTest {
   }
 
   void make_folder(const std::string &name) { fs::create_directories(path(name)); }
+
+  // A folder whose canonical name needs more than the 1023 bytes that there is room for, and "shortcut" to
+  // it.
+  void make_shortcut_to_a_long_name() {
+    std::string folder = path("deep");
+    while (folder.size() < 1100) {
+      folder += "/" + std::string(200, 'd');
+    }
+    fs::create_directories(folder + "/lib");
+    fs::create_directory_symlink(folder + "/lib", path("shortcut"));
+  }
 };
 
 TEST_F(SettingsHome, IsTheFolderAboveTheOneOfTheLibrary) {
@@ -138,12 +149,7 @@ TEST_F(SettingsHome, IsFoundWithoutAFreeDescriptorToo) {
 }
 
 TEST_F(SettingsHome, WithoutAFreeDescriptorIsAbsentWhenItIsTooLong) {
-  std::string folder = path("deep");
-  while (folder.size() < 1100) {
-    folder += "/" + std::string(200, 'd');
-  }
-  fs::create_directories(folder + "/lib");
-  fs::create_directory_symlink(folder + "/lib", path("shortcut"));
+  make_shortcut_to_a_long_name();
   EXPECT_EQ(home_without_descriptors(path("shortcut/libquor.so")), "(none)");
 }
 
@@ -196,13 +202,7 @@ TEST_F(SettingsHome, ComesBackToACurrentDirectoryThatHasLostItsName) {
 }
 
 TEST_F(SettingsHome, ThatIsTooLongIsAbsent) {
-  // A folder whose canonical name needs more than the 1023 bytes that there is room for.
-  std::string folder = path("deep");
-  while (folder.size() < 1100) {
-    folder += "/" + std::string(200, 'd');
-  }
-  fs::create_directories(folder + "/lib");
-  fs::create_directory_symlink(folder + "/lib", path("shortcut"));
+  make_shortcut_to_a_long_name();
   EXPECT_EQ(home_by(path("shortcut/libquor.so")), "(none)");
 }
 

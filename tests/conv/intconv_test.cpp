@@ -11,6 +11,8 @@
 #include <random>
 #include <string>
 
+#include "random_text.hpp"
+
 namespace {
 
 constexpr int32_t kBases[] = {8, 10, 16};
@@ -209,9 +211,7 @@ TEST(intconv, AgreesWithThePlainRulesOnRandomTexts) {
   std::mt19937 random(7);
   const std::string alphabet = "0123456789012345678901234567890123456789aFg+-- \t\n.";
   for (int round = 0; round < 200000; ++round) {
-    std::string text(random() % 25, ' ');
-    for (char &c : text)
-      c = alphabet[random() % alphabet.size()];
+    const std::string text = support::random_text(random, random() % 25, alphabet);
     const int32_t base = kBases[random() % 3];
     const char *s = text.c_str();
     ASSERT_EQ(static_cast<uint32_t>(intconv_atoi32s(s, base, 7)),

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "locale.hpp"
+#include "random_text.hpp"
 
 namespace {
 
@@ -115,9 +116,7 @@ TEST(realconv_atof, AgreesWithThePlainRulesOnRandomTexts) {
   std::mt19937 random(9);
   const std::string alphabet = "0123456789012345678901234567890123456789-. \te";
   for (int round = 0; round < 300000; ++round) {
-    std::string text(random() % 40, ' ');
-    for (char &c : text)
-      c = alphabet[random() % alphabet.size()];
+    std::string text = support::random_text(random, random() % 40, alphabet);
     if (round % 2 == 0) text = std::to_string(random() % 1000) + "." + text;
     const double expected = plain_reading(text, 7);
     const double value = realconv_atof(text.c_str(), 7);

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "locale.hpp"
+#include "random_text.hpp"
 
 namespace {
 
@@ -37,9 +38,7 @@ TEST(CompareString, AgreesWithThePlainRulesOnRandomTexts) {
   std::mt19937 random(4711);
   const std::string alphabet = "aAbBzZ09_@[`{\x7f\x80\xC9\xE9\xFF";
   const auto text = [&] {
-    std::string result(random() % 9, ' ');
-    for (char &c : result)
-      c = alphabet[random() % alphabet.size()];
+    const std::string result = support::random_text(random, random() % 9, alphabet);
     return result;
   };
   for (int round = 0; round < 200000; ++round) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "plain_tokenizer.hpp"
+#include "random_text.hpp"
 
 namespace {
 
@@ -91,9 +92,7 @@ TEST(ZfxNextToken, AgreesWithThePlainRuleOnRandomLines) {
   std::mt19937 random(20261121);
   const std::string alphabet = "ab, \t=";
   for (int round = 0; round < 200000; ++round) {
-    std::string line(random() % 12, ' ');
-    for (char &c : line)
-      c = alphabet[random() % alphabet.size()];
+    const std::string line = support::random_text(random, random() % 12, alphabet);
     const auto size = static_cast<int32_t>(1 + random() % 6);
     plain::Tokenizer model{line, ',', static_cast<std::size_t>(size - 1)};
     int32_t position = 0;

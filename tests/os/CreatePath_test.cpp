@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "files.hpp"
+#include "random_text.hpp"
 
 namespace {
 
@@ -161,9 +162,7 @@ TEST_F(CreatePathTest, AgreesWithTheStandardLibraryOnRandomPaths) {
   fs::create_directories("ours/x/y");
   fs::create_directories("theirs/x/y");
   for (int round = 0; round < 300; ++round) {
-    std::string path(random() % 8, ' ');
-    for (char &c : path)
-      c = alphabet[random() % alphabet.size()];
+    std::string path = support::random_text(random, random() % 8, alphabet);
     path.insert(0, "x/y/");  // so that ".." stays inside
     std::string slashed = path;
     std::replace(slashed.begin(), slashed.end(), '\\', '/');

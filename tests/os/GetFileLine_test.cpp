@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "plain_text.hpp"
+#include "random_text.hpp"
 
 namespace {
 
@@ -149,9 +150,7 @@ TEST(GetFileLine, AgreesWithThePlainRuleOnRandomTexts) {
   std::mt19937 random(20261121);
   const std::string alphabet = "ab #\t\n";
   for (int round = 0; round < 5000; ++round) {
-    std::string text(random() % 30, ' ');
-    for (char &c : text)
-      c = alphabet[random() % alphabet.size()];
+    const std::string text = support::random_text(random, random() % 30, alphabet);
     const auto size = static_cast<int32_t>(2 + random() % 8);
     ASSERT_EQ(lines_of(text, size), plain_lines(text, static_cast<std::size_t>(size) - 1))
         << '"' << text << '"';

@@ -13,6 +13,7 @@
 #include "../../src/os/command_line.hpp"
 #include "children.hpp"
 #include "files.hpp"
+#include "random_text.hpp"
 
 namespace {
 
@@ -113,10 +114,7 @@ TEST(CommandLine, AgreesWithThePlainRuleOnRandomLines) {
   std::mt19937 random(20261121);
   const std::string alphabet = "ab  \t\"'\\";
   for (int round = 0; round < 100000; ++round) {
-    std::string line(random() % (round % 100 == 0 ? 600 : 16), ' ');
-    for (char &c : line) {
-      c = alphabet[random() % alphabet.size()];
-    }
+    const std::string line = support::random_text(random, random() % (round % 100 == 0 ? 600 : 16), alphabet);
     bool open = false;
     bool expected_open = false;
     const Words expected = plain_words_of(line, expected_open);

@@ -4,11 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <optional>
 #include <string>
+
+#include "timestamps.h"
 
 namespace records {
 
@@ -34,6 +37,14 @@ inline std::string text(const tm &fields) {
     result += std::to_string(value) + " ";
   }
   return result + (fields.tm_zone == nullptr ? "(none)" : fields.tm_zone);
+}
+
+/// "year-month-day hour:minute:second" as the record holds them.
+inline std::string date_and_time(const tm &fields) {
+  char result[128];
+  std::snprintf(result, sizeof result, "%d-%d-%d %d:%d:%d", fields.tm_year, fields.tm_mon, fields.tm_mday,
+                fields.tm_hour, fields.tm_min, fields.tm_sec);
+  return result;
 }
 
 inline bool same(const tm &a, const tm &b) {
@@ -71,6 +82,13 @@ class TimeZone {
 inline time_t seconds_by_switching_the_zone(tm &fields) {
   const TimeZone utc("");
   return std::mktime(&fields);
+}
+
+/// A count of seconds as its time in UTC; "0" for the result 0.
+inline std::string utc_text(uint64_t seconds) {
+  if (seconds == 0) return "0";
+  char result[64];
+  return ZfxFormatIso8601(static_cast<time_t>(seconds), result, sizeof result);
 }
 
 // A record that no text gives, to see what is left alone.

@@ -1,6 +1,8 @@
 // A plain model of the two date readers: a table of states and patterns, interpreted row by row.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -162,5 +164,18 @@ class Texts {
   std::string alphabet_;
   std::vector<std::string> valid_;
 };
+
+/// Hands the text to the function with every character at every place of it.
+template <class Function>
+void for_every_character_changed(const std::string &usual, Function function) {
+  for (std::size_t at = 0; at < usual.size(); ++at) {
+    for (int c = 0; c < 256; ++c) {
+      std::string written = usual;
+      written[at] = static_cast<char>(c);
+      function(written);
+      if (::testing::Test::HasFatalFailure()) return;
+    }
+  }
+}
 
 }  // namespace model
