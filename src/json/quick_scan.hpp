@@ -21,8 +21,12 @@ inline bool is_json_space(char c) {
 inline constexpr std::ptrdiff_t kBlockSize = sizeof(ByteBlock);
 
 inline unsigned find_spaces(ByteBlock block) {
-  return find_in_block(block, ' ') | find_in_block(block, '\n') | find_in_block(block, '\t') |
-         find_in_block(block, '\r');
+  return bits_of(either(either(marks_of(block, ' '), marks_of(block, '\n')),
+                        either(marks_of(block, '\t'), marks_of(block, '\r'))));
+}
+
+inline unsigned find_quotes_and_controls(ByteBlock block) {
+  return bits_of(either(marks_of(block, '"'), marks_of_controls(block)));
 }
 #endif
 
@@ -35,7 +39,7 @@ inline unsigned find_spaces(ByteBlock block) {
   // Indented text has long runs: a block at a time.
   for (; limit - at >= kBlockSize; at += kBlockSize) {
     const unsigned others = ~find_spaces(load_block(at)) & kAllBytes;
-    if (others != 0) return at + std::countr_zero(others);
+    if (others != 0) return at + static_cast<unsigned>(std::countr_zero(others));
   }
 #endif
   while (is_json_space(*at)) {
@@ -50,8 +54,8 @@ inline unsigned find_spaces(ByteBlock block) {
 #ifndef ZORVCRT_PORTABLE
   for (; limit - at >= kBlockSize; at += kBlockSize) {
     const ByteBlock block = load_block(at);
-    for (unsigned found = find_in_block(block, '"') | find_controls(block); found != 0; found &= found - 1) {
-      const char *const place = at + std::countr_zero(found);
+    for (unsigned found = find_quotes_and_controls(block); found != 0; found &= found - 1) {
+      const char *const place = at + static_cast<unsigned>(std::countr_zero(found));
       if (*place != '"') return nullptr;
       if (place[-1] != '\\') return place;
     }
