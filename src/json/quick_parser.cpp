@@ -104,6 +104,7 @@ QuickParser::~QuickParser() {
 // of them first: unless they are fetched, a document larger than the caches takes three in a hundred more.
 inline ZJsonValue *QuickParser::put_value(void *place, ZJsonType type) {
   ZJsonValue *value = new_value(type);
+  fetch_near(value, kFetchedAhead);
   std::memcpy(place, &value, sizeof value);
   return value;
 }

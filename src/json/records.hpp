@@ -24,6 +24,17 @@ inline ZJsonValue *new_value(ZJsonType type) {
   return value;
 }
 
+/// How far ahead of a walk over a document its memory is fetched.
+inline constexpr std::ptrdiff_t kFetchedAhead = 1024;
+
+/// Has what stands that far from a record fetched. The records of a parsed document stand in memory mostly in
+/// the order in which they were parsed.
+[[gnu::always_inline]] inline void fetch_near(const void *record, std::ptrdiff_t distance) {
+  // A number first: no pointer may be moved out of its record.
+  const auto place = reinterpret_cast<std::uintptr_t>(record) + static_cast<std::uintptr_t>(distance);
+  __builtin_prefetch(reinterpret_cast<const void *>(place));  // NOLINT(performance-no-int-to-ptr)
+}
+
 /// The text without a pair of equal characters around it, when that character is one of the quotes.
 inline std::string_view without_quotes(std::string_view text, std::string_view quotes) {
   const bool quoted =

@@ -31,6 +31,7 @@ inline void release_payload(ZJsonValue *value) {
 // Releases a value, unless it has items: then it is given back.
 inline ZJsonValue *release_leaf(ZJsonValue *value) {
   if (value == nullptr) return nullptr;
+  zorvcrt::fetch_near(value, -zorvcrt::kFetchedAhead);
   if (zorvcrt::items_below(value) > 0) return value;
   release_payload(value);
   std::free(value);
