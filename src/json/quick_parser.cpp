@@ -6,6 +6,7 @@
 #include <cstring>
 #include <utility>
 
+#include "early_vectors.hpp"
 #include "item_list.hpp"
 #include "late_vectors.hpp"
 #include "parse_values.hpp"
@@ -271,7 +272,13 @@ template <class Container, class Item>
   container.capacity = capacity_for(static_cast<int32_t>(count));
   std::free(std::exchange(container.*slots, nullptr));
   const auto capacity = static_cast<std::size_t>(container.capacity);
-  if (LateVectors::are_for(capacity)) return late_vectors_.take(open.value, items, count);
+  if (LateVectors::are_for(capacity)) {
+    VectorHint::add(open.value, VectorHint::kOwn);
+    for (std::size_t i = 0; i + 1 < depth_; ++i) {
+      VectorHint::add(open_[i].value, VectorHint::kBelow);
+    }
+    return late_vectors_.take(open.value, items, count);
+  }
   container.*slots = new_vector<Item>(items, count, capacity);
   return container.*slots != nullptr;
 }

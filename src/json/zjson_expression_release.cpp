@@ -1,6 +1,7 @@
 // The release of trees, without recursion and without memory, so that no depth of nesting is too deep.
 #include <cstdlib>
 
+#include "early_vectors.hpp"
 #include "records.hpp"
 #include "zfxmemory.h"
 #include "zjson_expression.h"
@@ -77,8 +78,17 @@ ZJsonValue *kept_above(const ZJsonValue *container) {
   return reinterpret_cast<ZJsonValue *>(container->object->members[container->object->count]);
 }
 
+// Takes a vector that was released early from a container whose items are released.
+void forget_vector(ZJsonValue *container, const zorvcrt::EarlyVectors &early) {
+  if (container->type == ZJSON_ARRAY && container->array != nullptr) {
+    if (early.hold(container->array->items)) container->array->items = nullptr;
+  } else if (container->type == ZJSON_OBJECT && container->object != nullptr) {
+    if (early.hold(container->object->members)) container->object->members = nullptr;
+  }
+}
+
 // Releases all that a value owns; the record itself stays.
-void release_below(ZJsonValue *top) {
+void release_below(ZJsonValue *top, const zorvcrt::EarlyVectors &early) {
   ZJsonValue *above = nullptr;
   ZJsonValue *container = top;
   for (;;) {
@@ -89,6 +99,7 @@ void release_below(ZJsonValue *top) {
       container = item;
       continue;
     }
+    forget_vector(container, early);
     release_payload(container);
     if (container == top) return;
     std::free(container);
@@ -101,7 +112,7 @@ void release_below(ZJsonValue *top) {
 
 void ZJsonValue_Delete(ZJsonValue *value) {
   if (value == nullptr) return;
-  release_below(value);
+  release_below(value, zorvcrt::EarlyVectors(value));
   std::free(value);
 }
 
@@ -109,14 +120,14 @@ void ZJsonArray_Delete(ZJsonArray *array) {
   if (array == nullptr) return;
   ZJsonValue holder = {ZJSON_ARRAY, {}};
   holder.array = array;
-  release_below(&holder);
+  release_below(&holder, {});
 }
 
 void ZJsonObject_Delete(ZJsonObject *object) {
   if (object == nullptr) return;
   ZJsonValue holder = {ZJSON_OBJECT, {}};
   holder.object = object;
-  release_below(&holder);
+  release_below(&holder, {});
 }
 
 void ZJsonMember_Delete(ZJsonMember *member) {
