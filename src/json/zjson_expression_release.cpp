@@ -33,31 +33,41 @@ inline void release_payload(ZJsonValue *value) {
 inline ZJsonValue *release_leaf(ZJsonValue *value) {
   if (value == nullptr) return nullptr;
   zorvcrt::fetch_near(value, -zorvcrt::kFetchedAhead);
-  if (zorvcrt::items_below(value) > 0) return value;
-  release_payload(value);
+  if (value->type == ZJSON_STRING) {
+    std::free(value->string);
+  } else if (value->type == ZJSON_ARRAY || value->type == ZJSON_OBJECT) {
+    if (zorvcrt::items_below(value) > 0) return value;
+    release_payload(value);
+  }
   std::free(value);
   return nullptr;
 }
 
 // Releases items from the last on. Gives the first that has items of its own; null when none is left.
 ZJsonValue *release_leaves(ZJsonArray &array) {
-  while (array.count > 0) {
-    ZJsonValue *left = release_leaf(array.items[--array.count]);
-    if (left != nullptr) return left;
+  ZJsonValue *const *items = array.items;
+  ZJsonValue *left = nullptr;
+  int32_t count = array.count;
+  while (left == nullptr && count > 0) {
+    left = release_leaf(items[--count]);
   }
-  return nullptr;
+  array.count = count;
+  return left;
 }
 
 ZJsonValue *release_leaves(ZJsonObject &object) {
-  while (object.count > 0) {
-    ZJsonMember *member = object.members[--object.count];
+  ZJsonMember *const *members = object.members;
+  ZJsonValue *left = nullptr;
+  int32_t count = object.count;
+  while (left == nullptr && count > 0) {
+    ZJsonMember *member = members[--count];
     if (member == nullptr) continue;
-    ZJsonValue *left = release_leaf(member->value);
+    left = release_leaf(member->value);
     std::free(member->name);
     std::free(member);
-    if (left != nullptr) return left;
   }
-  return nullptr;
+  object.count = count;
+  return left;
 }
 
 ZJsonValue *release_leaves(ZJsonValue *container) {
