@@ -125,25 +125,16 @@ struct Batch {
   }
 };
 
-// A text that is decoded block by block.
-struct Rest {
-  const char *text;
-  std::size_t size;
-
-  [[nodiscard]] bool has_block() const { return size >= kWideSextets; }
-  ZORVCRT_AVX2 Sextets take_block() {
-    const Sextets sextets = decoded(load_wide(text));
-    text += kWideSextets;
-    size -= kWideSextets;
-    return sextets;
-  }
-};
+bool has_block(Base64Rest &rest) {
+  return rest.has<base64_length_wide>(kWideSextets);
+}
 
 // Adds blocks to a batch until it is full, or the text has no more, or a block has more than one invalid
 // character, which is added by the table then. Gives the end of the batch.
-ZORVCRT_AVX2 uint8_t *add_blocks(Rest &rest, uint8_t *to, const uint8_t *full) {
-  while (rest.has_block() && to < full) {
-    const Sextets sextets = rest.take_block();
+ZORVCRT_AVX2 uint8_t *add_blocks(Base64Rest &rest, uint8_t *to, const uint8_t *full) {
+  while (has_block(rest) && to < full) {
+    const Sextets sextets = decoded(load_wide(rest.text));
+    rest.take(kWideSextets);
     if ((sextets.invalid & (sextets.invalid - 1)) != 0) [[unlikely]] {
       return add_scattered(sextets.values, ~sextets.invalid, to);
     }
@@ -152,21 +143,20 @@ ZORVCRT_AVX2 uint8_t *add_blocks(Rest &rest, uint8_t *to, const uint8_t *full) {
   return to;
 }
 
-// Decodes whole blocks as long as every character is valid. Gives the number of characters. In front of more
-// text there is room for a store of 32 bytes; storing 24 alone takes a tenth longer.
-ZORVCRT_AVX2 std::size_t decode_clean(const char *text, std::size_t n, uint8_t *out) {
+// Decodes whole blocks as long as every character is valid. In front of more text there is room for a store
+// of 32 bytes; storing 24 alone takes a tenth longer.
+ZORVCRT_AVX2 uint8_t *decode_clean(Base64Rest &rest, uint8_t *out) {
   constexpr std::size_t kWithRoom = kWideSextets + 12;  // 9 bytes
-  std::size_t done = 0;
-  for (; n - done >= kWideSextets; done += kWideSextets, out += kWideBytes) {
-    const Sextets sextets = decoded(load_wide(text + done));
+  for (; has_block(rest); rest.take(kWideSextets), out += kWideBytes) {
+    const Sextets sextets = decoded(load_wide(rest.text));
     if (sextets.invalid != 0) break;
-    if (n - done >= kWithRoom) {
+    if (rest.extent.known >= kWithRoom) {
       pack_sextets_loosely(out, sextets.values);
     } else {
       pack_sextets(out, sextets.values);
     }
   }
-  return done;
+  return out;
 }
 
 }  // namespace
@@ -190,14 +180,13 @@ ZORVCRT_AVX2 std::size_t base64_encode_wide(const uint8_t *data, std::size_t n, 
   return count + base64_encode_plain(data + grouped, n - grouped, out + count);
 }
 
-ZORVCRT_AVX2 std::size_t base64_decode_wide(const char *text, std::size_t n, uint8_t *out) {
+ZORVCRT_AVX2 std::size_t base64_decode_wide(const char *text, Base64Extent extent, uint8_t *out) {
   const uint8_t *const start = out;
-  const std::size_t done = decode_clean(text, n, out);
-  out += done / 4 * 3;
+  Base64Rest rest{text, extent};
+  out = decode_clean(rest, out);
   Batch batch;
   uint8_t *end = batch.sextets;
-  Rest rest{text + done, n - done};
-  while (rest.has_block()) {
+  while (has_block(rest)) {
     end = add_blocks(rest, end, batch.sextets + Batch::kFull);
     if (end >= batch.sextets + Batch::kFull) end = batch.pack(end, out);
   }
@@ -208,7 +197,7 @@ ZORVCRT_AVX2 std::size_t base64_decode_wide(const char *text, std::size_t n, uin
     // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage)
     packer.put(*sextet);
   }
-  base64_pack(packer, rest.text, rest.size);
+  base64_pack(packer, rest.text, rest.extent.known);
   return static_cast<std::size_t>(packer.finish() - start);
 }
 

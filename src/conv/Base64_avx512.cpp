@@ -120,15 +120,20 @@ ZORVCRT_AVX512 void pack(uint8_t *out, __m512i sextets) {
   _mm512_mask_storeu_epi32(out, kThreeQuarters, bytes_of(sextets));
 }
 
-// Decodes whole steps as long as every character is valid. Gives the number of characters.
-ZORVCRT_AVX512 std::size_t decode_clean(const char *text, std::size_t n, uint8_t *out) {
-  std::size_t done = 0;
-  for (; n - done >= kStepSextets; done += kStepSextets, out += kStepBytes) {
-    const __m512i characters = load(text + done);
-    if (invalid_in(characters) != 0) break;
-    pack(out, values_of(characters));
+bool has_step(Base64Rest &rest) {
+  return rest.has<base64_length_widest>(kStepSextets);
+}
+
+// Decodes whole steps as long as every character is valid.
+ZORVCRT_AVX512 uint8_t *decode_clean(Base64Rest &rest, uint8_t *out) {
+  while (has_step(rest)) {
+    for (; rest.extent.known >= kStepSextets; rest.take(kStepSextets), out += kStepBytes) {
+      const __m512i characters = load(rest.text);
+      if (invalid_in(characters) != 0) return out;
+      pack(out, values_of(characters));
+    }
   }
-  return done;
+  return out;
 }
 
 // The lowest place of a mask and all above it; of an empty one none.
@@ -230,24 +235,23 @@ ZORVCRT_AVX512 std::size_t base64_encode_widest(const uint8_t *data, std::size_t
   return static_cast<std::size_t>(to - out);
 }
 
-ZORVCRT_AVX512 std::size_t base64_decode_widest(const char *text, std::size_t n, uint8_t *out) {
-  if (n == 0) return 0;  // there may be no text at all
+ZORVCRT_AVX512 std::size_t base64_decode_widest(const char *text, Base64Extent extent, uint8_t *out) {
+  if (extent.known + extent.unknown == 0) return 0;  // there may be no text at all
   const uint8_t *const start = out;
-  const std::size_t done = decode_clean(text, n, out);
-  out += done / 4 * 3;
-  text += done;
-  n -= done;
+  Base64Rest rest{text, extent};
+  out = decode_clean(rest, out);
   Batch batch;
   uint8_t *end = batch.start();
-  while (n >= kStepSextets) {
-    const std::size_t steps = std::min(Batch::kSteps, n / kStepSextets);
+  while (has_step(rest)) {
+    const std::size_t steps = std::min(Batch::kSteps, rest.extent.known / kStepSextets);
     const std::size_t size = steps * kStepSextets;
-    end = batch.pack_steps(Batch::add_steps(text, steps, n >= 2 * size ? size : 0, end), out);
-    text += size;
-    n -= size;
+    const std::size_t ahead = rest.extent.unknown >= Base64Rest::kChunk ? Base64Rest::kChunk : 0;
+    end = batch.pack_steps(Batch::add_steps(rest.text, steps, ahead, end), out);
+    rest.take(size);
   }
-  const uint64_t invalid = invalid_in(_mm512_maskz_loadu_epi8(first(n), text)) & first(n);
-  end = batch.pack_steps(add_step(text, n, invalid, end), out);
+  const std::size_t n = rest.extent.known;
+  const uint64_t invalid = invalid_in(_mm512_maskz_loadu_epi8(first(n), rest.text)) & first(n);
+  end = batch.pack_steps(add_step(rest.text, n, invalid, end), out);
   const auto left = static_cast<std::size_t>(end - batch.start());
   const std::size_t bytes = left * 3 / 4;
   const __m512i sextets = _mm512_maskz_mov_epi8(first(left), load(batch.start()));

@@ -2,6 +2,7 @@
 // AVX-512 registers.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -89,17 +90,60 @@ inline std::size_t base64_length(const char *text, std::size_t limit) {
   return base64_length_plain(text, limit);
 }
 
-/// Decode n characters, none of them padding; those that are not in the alphabet are skipped. Give the number
-/// of bytes, at most n / 4 * 3 + 2.
-std::size_t base64_decode_plain(const char *text, std::size_t n, uint8_t *out);
-std::size_t base64_decode_wide(const char *text, std::size_t n, uint8_t *out);
-std::size_t base64_decode_widest(const char *text, std::size_t n, uint8_t *out);
-inline std::size_t base64_decode(const char *text, std::size_t n, uint8_t *out) {
-  if constexpr (!kPortable) {
-    if (has_widest_registers()) return base64_decode_widest(text, n, out);
-    if (has_wide_registers()) return base64_decode_wide(text, n, out);
+/// How far a text goes: so many characters are known to be in front of its end, and so many more may be.
+struct Base64Extent {
+  std::size_t known;
+  std::size_t unknown;
+};
+
+/// What is left of a text, whose end is looked for chunk by chunk.
+struct Base64Rest {
+  static constexpr std::size_t kChunk = 8192;
+
+  const char *text;
+  Base64Extent extent;
+
+  /// Whether there are so many characters, at most a chunk.
+  template <auto length>
+  bool has(std::size_t count) {
+    if (extent.known >= count) [[likely]] {
+      return true;
+    }
+    if (extent.unknown == 0) return false;
+    const std::size_t chunk = std::min(extent.unknown, kChunk);
+    const std::size_t found = length(text + extent.known, chunk);
+    extent.known += found;
+    extent.unknown = found < chunk ? 0 : extent.unknown - chunk;
+    return extent.known >= count;
   }
-  return base64_decode_plain(text, n, out);
+  void take(std::size_t count) {
+    text += count;
+    extent.known -= count;
+  }
+};
+
+/// What is known before decoding: all of a short text; of a long one so much that a block for the limit is at
+/// most eight times too large. The rest is searched chunk by chunk just in front of decoding: a text beyond
+/// the second cache that is read twice takes a seventh longer, one without foreign characters a third.
+inline Base64Extent base64_extent(const char *text, std::size_t limit) {
+  constexpr std::size_t kShare = 8;
+  if (limit <= Base64Rest::kChunk) return {base64_length(text, limit), 0};
+  const std::size_t start = std::max(Base64Rest::kChunk, limit / kShare);
+  const std::size_t found = base64_length(text, start);
+  return {found, found < start ? 0 : limit - start};
+}
+
+/// Decode a text up to its end; characters that are not in the alphabet are skipped. Give the number of
+/// bytes, at most n / 4 * 3 + 2 for n characters, known or not.
+std::size_t base64_decode_plain(const char *text, Base64Extent extent, uint8_t *out);
+std::size_t base64_decode_wide(const char *text, Base64Extent extent, uint8_t *out);
+std::size_t base64_decode_widest(const char *text, Base64Extent extent, uint8_t *out);
+inline std::size_t base64_decode(const char *text, Base64Extent extent, uint8_t *out) {
+  if constexpr (!kPortable) {
+    if (has_widest_registers()) return base64_decode_widest(text, extent, out);
+    if (has_wide_registers()) return base64_decode_wide(text, extent, out);
+  }
+  return base64_decode_plain(text, extent, out);
 }
 
 }  // namespace zorvcrt

@@ -69,9 +69,13 @@ std::size_t base64_length_plain(const char *text, std::size_t limit) {
   return length;
 }
 
-std::size_t base64_decode_plain(const char *text, std::size_t n, uint8_t *out) {
+std::size_t base64_decode_plain(const char *text, Base64Extent extent, uint8_t *out) {
   SextetPacker packer(out);
-  base64_pack(packer, text, n);
+  Base64Rest rest{text, extent};
+  while (rest.has<base64_length_plain>(1)) {
+    base64_pack(packer, rest.text, rest.extent.known);
+    rest.take(rest.extent.known);
+  }
   return static_cast<std::size_t>(packer.finish() - out);
 }
 

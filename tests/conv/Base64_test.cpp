@@ -1,6 +1,7 @@
 #include "Base64.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <sys/mman.h>
 
 #include <cstring>
@@ -171,6 +172,40 @@ TEST(ZfxBase64Decode, GivesMostlyInvalidTextABlockOfItsSize) {
   text += "TWFu";
   text.append(100000, ' ');
   EXPECT_EQ(decoded(text), "Man");
+}
+
+// A text that needs no more of the block for its limit than a ninth still gets one of its size.
+TEST(ZfxBase64Decode, GivesAShortTextUnderAHugeLimitABlockOfItsSize) {
+  for (const std::size_t size : {10U, 8191U, 8192U, 8193U, 20000U, 100000U}) {
+    const std::string text(size, 'Q');
+    for (const uint32_t limit : {8 * 8192U, 1000000U, UINT32_MAX}) {
+      if (limit < size) continue;
+      void *block = nullptr;
+      const uint32_t count = ZfxBase64Decode(text.c_str(), limit, &block);
+      EXPECT_EQ(count, size / 4 * 3 + (size % 4 == 0 ? 0 : size % 4 - 1));
+      EXPECT_LE(::malloc_usable_size(block), 2 * std::size_t{count} + 64) << size << " under " << limit;
+      ZfxMemFree(block);
+    }
+  }
+}
+
+// One below each number of characters up to which a text is looked at first, at it and one beyond; as a limit
+// and as the place of an end.
+TEST(ZfxBase64Decode, AgreesWithTheDefinitionOnLongTexts) {
+  std::mt19937 random(20261122);
+  for (const std::size_t limit : {8192U, 16384U, 65536U, 73728U}) {
+    for (const std::size_t size : {limit - 1, limit, limit + 1}) {
+      std::string text(size, ' ');
+      for (char &c : text)
+        c = random() % 100 == 0 ? '\n' : kAlphabet[random() % 64];
+      const std::string data = plain_decoded(text);
+      ASSERT_EQ(decoded(text), data) << size;
+      for (const char end : {'\0', '='}) {
+        ASSERT_EQ(decoded(text + end + "TWFu"), data) << size;
+        ASSERT_EQ(decoded((text + end).c_str(), 9 * size), data) << size;
+      }
+    }
+  }
 }
 
 TEST(ZfxBase64Decode, AgreesWithTheDefinitionOnRandomTexts) {

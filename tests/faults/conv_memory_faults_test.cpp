@@ -84,6 +84,21 @@ TEST_P(ConvFrugal, TakesNoMemory) {
 
 INSTANTIATE_TEST_SUITE_P(Call, ConvFrugal, ::testing::ValuesIn(kQuiet), faults::RowName());
 
+TEST(ConvMemoryFaults, DecodeATextForWhichThereIsABlockWhereThereIsNoneForItsLimit) {
+  const std::string text(20000, 'Q');
+  for (const std::size_t memory : {15008U, 14999U}) {
+    void *out = area;
+    uint32_t length = 0;
+    {
+      const support::LimitedAllocator allocator(memory);
+      length = ZfxBase64Decode(text.c_str(), 100000, &out);
+    }
+    const Text data(static_cast<char *>(out));
+    EXPECT_EQ(length, memory < 15000 ? 0U : 15000U);
+    EXPECT_EQ(out == nullptr, memory < 15000);
+  }
+}
+
 TEST(ConvMemoryFaults, NameEveryExportOfTheRoom) {
   EXPECT_EQ(faults::names_in(kFaulted, kQuiet), faults::exported_names("conv"));
 }
