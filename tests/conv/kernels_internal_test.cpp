@@ -231,6 +231,30 @@ TEST_F(Kernels, TakeEveryCharacterInEveryPlaceForWhatItIs) {
   }
 }
 
+// One, two and three of them in the same step of 64, wherever they are.
+TEST_F(Kernels, SkipSeveralCharactersOfAStepAlike) {
+  const std::vector<char> clean = random_base64(random, 80, 0);
+  for (std::size_t first = 0; first < 64; ++first) {
+    for (std::size_t second = first; second < 64; ++second) {
+      std::vector<char> text = clean;
+      text[first] = text[second] = '\n';
+      ASSERT_NO_FATAL_FAILURE(expect_decoded_alike(text.data(), text.size())) << first << ", " << second;
+      text[random() % 64] = ' ';
+      ASSERT_NO_FATAL_FAILURE(expect_decoded_alike(text.data(), text.size())) << first << ", " << second;
+    }
+  }
+}
+
+// A batch of steps has its limit at 32 of them, and eight are worked out together.
+TEST_F(Kernels, SkipCharactersOfAnyNumberOfStepsAlike) {
+  for (std::size_t n = 64; n <= 64 * 70; n += 64) {
+    for (const std::size_t length : {n - 1, n, n + 1}) {
+      const std::vector<char> text = random_base64(random, length, 1 + random() % 60);
+      ASSERT_NO_FATAL_FAILURE(expect_decoded_alike(text.data(), length)) << length;
+    }
+  }
+}
+
 TEST_F(Kernels, EncodeAndDecodeUuLinesAlike) {
   for (int round = 0; round < 20000; ++round) {
     const std::size_t offset = random() % 32;
