@@ -120,6 +120,10 @@ struct Base64Rest {
     text += count;
     extent.known -= count;
   }
+
+  /// How far ahead of decoding characters are to be fetched: where the end is looked for next. Without that,
+  /// a text from beyond the second cache takes up to a fifth longer. 0 when the text does not go as far.
+  [[nodiscard]] std::size_t ahead() const { return extent.unknown >= kChunk ? kChunk : 0; }
 };
 
 /// What is known before decoding: all of a short text; of a long one so much that a block for the limit is at
