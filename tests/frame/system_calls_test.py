@@ -44,13 +44,16 @@ class Mentions:
     itself or by way of a table."""
 
     HEADER = re.compile(r"^([0-9a-f]+) <(.+)>:$", re.M)
-    REFERENCE = re.compile(r"(?:# |\t(?:call|j[a-z]+) +)([0-9a-f]+) <([^>]+)>")
+    REFERENCE = re.compile(r"(?:# |[\t ](?:call|j[a-z]+) +)([0-9a-f]+) <([^>]+)>")
 
     def __init__(self, library):
         listing = output_of("objdump", "-d", "--no-show-raw-insn", library)
         self.names = {int(at, 16): plain(name) for at, name in self.HEADER.findall(listing)}
         self.addresses = sorted(self.names)
-        self.tables = self.read_tables(library)
+        relocations = output_of("readelf", "-rW", library)
+        self.tables = self.read_tables(library, relocations)
+        slots = re.findall(r"^([0-9a-f]+) +\w+ R_X86_64_(?:GLOB_DAT|JUMP_SLOT?) +[0-9a-f]+ (\S+)", relocations, re.M)
+        self.slots = {int(at, 16): plain(name) for at, name in slots}  # where calls of other libraries find them
         self.mentioned = {name: set() for name in self.names.values()}  # namesakes count as one function
         for line in listing.splitlines():
             if header := self.HEADER.match(line):
@@ -58,16 +61,17 @@ class Mentions:
             elif reference := self.REFERENCE.search(line):
                 self.mentioned[function] |= self.functions_behind(int(reference[1], 16), reference[2])
 
-    def read_tables(self, library):
+    def read_tables(self, library, relocations):
         """The functions that a table of constants holds, by the addresses of the table."""
-        pointers = re.findall(r"^([0-9a-f]+) +\w+ R_X86_64_RELATIVE +([0-9a-f]+)$",
-                              output_of("readelf", "-rW", library), re.M)
+        pointers = re.findall(r"^([0-9a-f]+) +\w+ R_X86_64_RELATIVE +([0-9a-f]+)$", relocations, re.M)
         functions = {int(at, 16): self.names[int(to, 16)] for at, to in pointers if int(to, 16) in self.names}
         symbols = re.findall(r"^([0-9a-f]+) ([0-9a-f]+) [dD] ", output_of("nm", "-S", library), re.M)
         tables = [range(int(at, 16), int(at, 16) + int(size, 16)) for at, size in symbols]
         return {table: {name for at, name in functions.items() if at in table} for table in tables}
 
     def functions_behind(self, address, label):
+        if address in self.slots:
+            return {self.slots[address]}
         for table, functions in self.tables.items():
             if address in table:
                 return functions
