@@ -27,6 +27,10 @@ ZORVCRT_AVX512 std::size_t decode_clean(const char *text, std::size_t n, std::si
   return done;
 }
 
+std::ptrdiff_t count_of(uint64_t mask) {
+  return __builtin_popcountll(mask);
+}
+
 // The lowest place of a mask and all above it; of an empty one none.
 uint64_t from_lowest(uint64_t mask) {
   return mask | (0 - mask);
@@ -55,23 +59,25 @@ ZORVCRT_AVX512 inline uint8_t *add_step(const char *text, std::size_t n, uint64_
 
 constexpr std::size_t kBatchSteps = 32;
 
-// What to load for each step of a batch in which characters are skipped, worked out for eight steps together.
-// With up to two in a step it takes no branch: as many branches as there are steps with two of them would be
-// mispredicted, for an eighth of the time at one invalid character in a hundred.
+// What to load for each step of a batch, worked out for eight steps together. With up to two skipped
+// characters in a step it takes no branch; at one in a hundred, an eighth of the branches on a second one is
+// mispredicted, which takes as much of the time.
 struct Skips {
-  static constexpr std::size_t kTogether = sizeof(__m512i) / sizeof(uint64_t);
   using Masks = std::array<uint64_t, kBatchSteps>;
 
   Masks invalid;
   Masks valid;
-  Masks behind_first;   // from the first invalid one on: to be loaded from one further on
-  Masks behind_second;  // from the second one on: from two further on
+  Masks behind_first;      // from the first invalid one on: to be loaded from one further on
+  Masks behind_second;     // from the second one on: from two further on
+  uint32_t more_than_two;  // a bit for every step that has more of them
+  bool has_second;
 
-  // Gives a bit for every step that has more than two.
-  ZORVCRT_AVX512 uint32_t work_out(std::size_t steps) {
+  ZORVCRT_AVX512 void work_out() {
+    constexpr std::size_t kTogether = sizeof(__m512i) / sizeof(uint64_t);
     const __m512i all_bits = _mm512_set1_epi64(-1);
-    uint32_t more_than_two = 0;
-    for (std::size_t step = 0; step < steps; step += kTogether) {
+    __m512i seconds = _mm512_setzero_si512();
+    more_than_two = 0;
+    for (std::size_t step = 0; step < kBatchSteps; step += kTogether) {
       const __m512i all = load_widest(&invalid[step]);
       const __m512i others = _mm512_and_si512(all, _mm512_add_epi64(all, all_bits));
       const __mmask8 more = _mm512_test_epi64_mask(others, _mm512_add_epi64(others, all_bits));
@@ -79,8 +85,9 @@ struct Skips {
       store_widest(&behind_first[step], from_lowest_but_last(all));
       store_widest(&behind_second[step], _mm512_srli_epi64(from_lowest_but_last(others), 1));
       more_than_two |= uint32_t{more} << step;
+      seconds = _mm512_or_si512(seconds, others);
     }
-    return more_than_two;
+    has_second = _mm512_test_epi64_mask(seconds, seconds) != 0;
   }
 
   // The lowest places of eight masks and all above them, but not the last place of all.
@@ -90,6 +97,37 @@ struct Skips {
     return _mm512_ternarylogic_epi64(masks, negated, _mm512_set1_epi64(INT64_MAX), kEitherAndThird);
   }
 };
+
+// Adds the steps of a whole batch of which none has a second invalid character, as where there are line
+// breaks.
+ZORVCRT_AVX512 uint8_t *add_batch_but_firsts(const char *text, const Skips &skips, uint8_t *to) {
+  for (std::size_t step = 0; step < kBatchSteps; ++step, text += kStepSextets) {
+    const __m512i characters = _mm512_loadu_si512(text);
+    store_widest(to, values_of(_mm512_mask_loadu_epi8(characters, skips.behind_first[step], text + 1)));
+    to += count_of(skips.valid[step]);
+  }
+  return to;
+}
+
+// Adds the steps of a whole batch. Kept out of the function for all texts, of which short ones would else
+// take a twentieth longer.
+ZORVCRT_AVX512 __attribute__((noinline)) uint8_t *add_batch(const char *text, Skips &skips, uint8_t *to) {
+  skips.work_out();
+  if (!skips.has_second) return add_batch_but_firsts(text, skips, to);
+  const uint32_t more_than_two = skips.more_than_two;
+  for (std::size_t step = 0; step < kBatchSteps; ++step, text += kStepSextets) {
+    if ((more_than_two >> step & 1) != 0) [[unlikely]] {
+      to = add_step(text, kStepSextets, skips.invalid[step], to);
+      continue;
+    }
+    __m512i characters = _mm512_loadu_si512(text);
+    characters = _mm512_mask_loadu_epi8(characters, skips.behind_first[step], text + 1);
+    characters = _mm512_mask_loadu_epi8(characters, skips.behind_second[step], text + 2);
+    store_widest(to, values_of(characters));
+    to += count_of(skips.valid[step]);
+  }
+  return to;
+}
 
 // Sextets on their way into bytes. From the first skipped character on they no longer come in whole groups,
 // so they are strung together here; packing a batch at a time keeps loads away from stores just made.
@@ -107,20 +145,9 @@ struct Batch {
       skips.invalid[step] = invalid_in(load_widest(text + step * kStepSextets));
       __builtin_prefetch(text + step * kStepSextets + ahead);
     }
-    for (std::size_t step = steps; step % Skips::kTogether != 0; ++step) {
-      skips.invalid[step] = 0;
-    }
-    const uint32_t more_than_two = unknown_address(&skips)->work_out(steps);
-    for (std::size_t step = 0; step < steps; ++step, text += kStepSextets) {
-      if ((more_than_two >> step & 1) != 0) [[unlikely]] {
-        to = add_step(text, kStepSextets, skips.invalid[step], to);
-        continue;
-      }
-      __m512i characters = _mm512_loadu_si512(text);
-      characters = _mm512_mask_loadu_epi8(characters, skips.behind_first[step], text + 1);
-      characters = _mm512_mask_loadu_epi8(characters, skips.behind_second[step], text + 2);
-      store_widest(to, values_of(characters));
-      to += __builtin_popcountll(skips.valid[step]);
+    if (steps == kBatchSteps) return add_batch(text, *unknown_address(&skips), to);
+    for (std::size_t step = 0; step < steps; ++step) {
+      to = add_step(text + step * kStepSextets, kStepSextets, skips.invalid[step], to);
     }
     return to;
   }
