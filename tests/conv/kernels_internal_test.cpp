@@ -255,6 +255,18 @@ TEST_F(Kernels, SkipCharactersOfAnyNumberOfStepsAlike) {
   }
 }
 
+// Lines so long that no step has two line breaks, in the first place, the last and any other.
+TEST_F(Kernels, SkipLineBreaksAlike) {
+  for (const std::size_t line : {63U, 64U, 65U, 76U, 128U, 1000U}) {
+    for (std::size_t start = 0; start <= line; ++start) {
+      std::vector<char> text = random_base64(random, std::size_t{64} * 80, 0);
+      for (std::size_t place = start; place < text.size(); place += line + 1)
+        text[place] = '\n';
+      ASSERT_NO_FATAL_FAILURE(expect_decoded_alike(text.data(), text.size())) << line << " from " << start;
+    }
+  }
+}
+
 TEST_F(Kernels, EncodeAndDecodeUuLinesAlike) {
   for (int round = 0; round < 20000; ++round) {
     const std::size_t offset = random() % 32;
