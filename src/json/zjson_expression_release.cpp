@@ -9,12 +9,14 @@
 namespace {
 
 // The walk keeps what it needs in the records that it is about to release: the count of a container says how
-// many items are left, and the slot behind those, while one of the container's items is walked through, holds
-// the container above.
+// many items are left, and where the pointer to the item behind those was, while that item is walked through,
+// stands the container above.
 //
 // Items go from the last to the first and each record before what it was made for: the reverse of the order
 // in which the parser asks for them. What was made last is still near the processor, and as the heap gives
-// out first what it got back last, the next document finds its records side by side again.
+// out first what it got back last, the next document finds its records side by side again. With the name of a
+// member released before what is below its value, six in ten records stood on another page than the record
+// before them some ten documents later, and a document like twitter took four in a hundred more.
 
 // Releases the payload of a value that has no items, or none any more.
 inline void release_payload(ZJsonValue *value) {
@@ -55,6 +57,11 @@ ZJsonValue *release_leaves(ZJsonArray &array) {
   return left;
 }
 
+void release_member(ZJsonMember *member) {
+  std::free(member->name);
+  std::free(member);
+}
+
 ZJsonValue *release_leaves(ZJsonObject &object) {
   ZJsonMember *const *members = object.members;
   ZJsonValue *left = nullptr;
@@ -63,8 +70,7 @@ ZJsonValue *release_leaves(ZJsonObject &object) {
     ZJsonMember *member = members[--count];
     if (member == nullptr) continue;
     left = release_leaf(member->value);
-    std::free(member->name);
-    std::free(member);
+    if (left == nullptr) release_member(member);
   }
   object.count = count;
   return left;
@@ -79,13 +85,17 @@ void keep_above(ZJsonValue *container, ZJsonValue *above) {
   if (container->type == ZJSON_ARRAY) {
     container->array->items[container->array->count] = above;
   } else {
-    container->object->members[container->object->count] = reinterpret_cast<ZJsonMember *>(above);
+    container->object->members[container->object->count]->value = above;
   }
 }
 
-ZJsonValue *kept_above(const ZJsonValue *container) {
+// Gives the container above, and releases the member whose value has been walked through.
+ZJsonValue *take_above(ZJsonValue *container) {
   if (container->type == ZJSON_ARRAY) return container->array->items[container->array->count];
-  return reinterpret_cast<ZJsonValue *>(container->object->members[container->object->count]);
+  ZJsonMember *member = container->object->members[container->object->count];
+  ZJsonValue *above = member->value;
+  release_member(member);
+  return above;
 }
 
 // Takes a vector that was released early from a container whose items are released.
@@ -114,7 +124,7 @@ void release_below(ZJsonValue *top, const zorvcrt::EarlyVectors &early) {
     if (container == top) return;
     std::free(container);
     container = above;
-    above = kept_above(container);
+    above = take_above(container);
   }
 }
 
