@@ -9,6 +9,7 @@
 #include <string>
 
 #include "../json/documents.hpp"
+#include "failing_allocator.hpp"
 #include "failing_calls.hpp"
 #include "files.hpp"
 #include "grammar.h"
@@ -177,6 +178,21 @@ TEST(JsonWithoutPages, SaysThatMemoryIsExhaustedByAnObject) {
 TEST(JsonWithoutPages, SaysThatMemoryIsExhaustedInTheDepth) {
   const std::string members = "{" + documents::list_of("\"a\":0", 20000) + "}";
   expect_memory_exhausted_without_pages(std::string(300, '[') + members + std::string(300, ']'));
+}
+
+// Long vectors are released first, while their items are kept in pages.
+TEST(JsonWithoutPages, ReleasesLongVectorsInTheirTurnAndLeavesErrnoAlone) {
+  const std::string text =
+      "[[" + documents::list_of("[7]", 9000) + "],{" + documents::list_of("\"k\":1", 200) + "}]";
+  const long before = support::live_blocks();
+  ZJsonExpression *document = documents::parse(text).release();
+  support::FailingCalls failing(1, 0, true);
+  errno = EDOM;
+  ZJsonExpression_Delete(document);
+  EXPECT_EQ(errno, EDOM);
+  EXPECT_TRUE(failing.stop());
+  EXPECT_EQ(failing.function(), "mmap");
+  EXPECT_EQ(support::live_blocks(), before);
 }
 
 }  // namespace
