@@ -2,9 +2,8 @@
 //
 // When a block that is released becomes 64 KiB or more of free memory, with its neighbours, this libc's heap
 // merges all small blocks that were released until then. The next document has to be cut out of large blocks
-// again, and its own long vectors lie beside free memory in their turn. That took a sixth to a quarter of the
-// time of a document with long lists. A long vector that is released first finds no small blocks to be
-// merged.
+// again, and its own long vectors lie beside free memory in their turn. That took a sixth of the time of a
+// document with long lists. A long vector that is released first finds no small blocks to be merged.
 #pragma once
 
 #include <sys/mman.h>
@@ -59,7 +58,9 @@ class EarlyVectors {
 
   /// Whether a vector is none of the heap any more.
   [[nodiscard]] bool hold(const void *vector) const {
-    return reinterpret_cast<uintptr_t>(vector) - reinterpret_cast<uintptr_t>(pages_) < size_;
+    const auto address = reinterpret_cast<uintptr_t>(vector);
+    const auto first = reinterpret_cast<uintptr_t>(pages_);
+    return address >= first && address < first + size_;
   }
 
  private:

@@ -106,7 +106,8 @@ QuickParser::~QuickParser() {
 inline ZJsonValue *QuickParser::put_value(void *place, ZJsonType type) {
   ZJsonValue *value = new_value(type);
   fetch_near(value, kFetchedAhead);
-  std::memcpy(place, &value, sizeof value);
+  const void *pointer = value;
+  std::memcpy(place, &pointer, sizeof pointer);
   return value;
 }
 
@@ -345,7 +346,8 @@ QuickOutcome QuickParser::run(const char *text, ZJsonExpression *&document, cons
 
 QuickOutcome parse_quickly(const char *text, const char *limit, ZJsonExpression *&document, const char *&at) {
   if (text == limit || (limit[-1] != ']' && limit[-1] != '}')) return QuickOutcome::kLeft;
-  return QuickParser(limit).run(text, document, at);
+  QuickParser parser(limit);
+  return parser.run(text, document, at);
 }
 
 }  // namespace zorvcrt

@@ -31,7 +31,7 @@ inline constexpr std::ptrdiff_t kFetchedAhead = 1024;
 /// the order in which they were parsed.
 [[gnu::always_inline]] inline void fetch_near(const void *record, std::ptrdiff_t distance) {
   // A number first: no pointer may be moved out of its record.
-  const auto place = reinterpret_cast<std::uintptr_t>(record) + static_cast<std::uintptr_t>(distance);
+  const auto place = reinterpret_cast<std::intptr_t>(record) + distance;
   __builtin_prefetch(reinterpret_cast<const void *>(place));  // NOLINT(performance-no-int-to-ptr)
 }
 

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <fstream>
 #include <string>
+#include <utility>
 
 #include "../json/documents.hpp"
 #include "failing_allocator.hpp"
@@ -180,19 +181,38 @@ TEST(JsonWithoutPages, SaysThatMemoryIsExhaustedInTheDepth) {
   expect_memory_exhausted_without_pages(std::string(300, '[') + members + std::string(300, ']'));
 }
 
-// Long vectors are released first, while their items are kept in pages.
-TEST(JsonWithoutPages, ReleasesLongVectorsInTheirTurnAndLeavesErrnoAlone) {
-  const std::string text =
-      "[[" + documents::list_of("[7]", 9000) + "],{" + documents::list_of("\"k\":1", 200) + "}]";
-  const long before = support::live_blocks();
-  ZJsonExpression *document = documents::parse(text).release();
-  support::FailingCalls failing(1, 0, true);
-  errno = EDOM;
-  ZJsonExpression_Delete(document);
-  EXPECT_EQ(errno, EDOM);
-  EXPECT_TRUE(failing.stop());
-  EXPECT_EQ(failing.function(), "mmap");
-  EXPECT_EQ(support::live_blocks(), before);
+// Released in every way, a long list is released in its turn when there are no pages for its items.
+TEST(JsonWithoutPages, ReleasesLongListsInTheirTurn) {
+  const std::string text = "{\"a\":[" + documents::list_of("[7]", 9000) + "]}";
+  using Release = void (*)(ZJsonExpression *);
+  const Release releases[] = {
+      [](ZJsonExpression *) {},
+      [](ZJsonExpression *document) { ZJsonExpression_SetRoot(document, ZJSON_ARRAY, ZJsonArray_New()); },
+      [](ZJsonExpression *document) { ZJsonValue_Delete(std::exchange(document->root, nullptr)); },
+      [](ZJsonExpression *document) {
+        ZJsonMember_Delete(std::exchange(document->root->object->members[0], nullptr));
+      },
+      [](ZJsonExpression *document) { ZJsonObject_DeleteMember(document->root->object, "a"); },
+      [](ZJsonExpression *document) {
+        ZJsonObject_DeleteMemberByRef(document->root->object, document->root->object->members[0]);
+      },
+      [](ZJsonExpression *document) {
+        ZJsonObject_Replace(document->root->object, ZJsonMember_New("a", ZJsonValue_NewNull()));
+      },
+  };
+  for (const Release release : releases) {
+    const long before = support::live_blocks();
+    ZJsonExpression *document = documents::parse(text).release();
+    support::FailingCalls failing(1, 0, true);
+    errno = EDOM;
+    release(document);
+    ZJsonExpression_Delete(document);
+    const int number = errno;
+    EXPECT_TRUE(failing.stop());
+    EXPECT_EQ(failing.function(), "mmap");
+    EXPECT_EQ(number, EDOM);
+    EXPECT_EQ(support::live_blocks(), before);
+  }
 }
 
 }  // namespace
