@@ -143,7 +143,8 @@ void strbuf_copy(strbuf *destination, const strbuf *source) {
   set_text(text_of(destination), strbuf_get(source), static_cast<int32_t>(strbuf_length(source)));
 }
 
-char *strbuf_append(strbuf *buffer, const char *text, int32_t n) {
+// At the beginning of a cache line: elsewhere single bytes take up to a third longer, depending on the place.
+[[gnu::aligned(64)]] char *strbuf_append(strbuf *buffer, const char *text, int32_t n) {
   if (buffer == nullptr) return nullptr;
   Text &self = text_of(buffer);
   // The usual case at once; the rest of the family goes through append_text().
