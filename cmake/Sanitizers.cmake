@@ -1,4 +1,5 @@
-# ZORVCRT_SANITIZE=address,undefined or thread instruments everything in the build, tests included.
+# ZORVCRT_SANITIZE=address,undefined or thread instruments everything in the build; the tests
+# are left out of the checks for undefined behaviour (tests/CMakeLists.txt).
 if(ZORVCRT_SANITIZE)
   set(flags -fsanitize=${ZORVCRT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   if(ZORVCRT_SANITIZE MATCHES undefined)

@@ -33,7 +33,9 @@ ZFX_API uint32_t ZfxBase64Encode(const void *data, uint32_t length, char **out);
  *               0x7F) is skipped.
  * @param length largest number of characters to read
  * @param out    receives a new block of the bytes and at least one zero byte behind them, which the caller
- *               releases with ZfxMemFree(); null when memory is short. A null @p out decodes nothing.
+ *               releases with ZfxMemFree(); null when memory is short. A null @p out decodes nothing. While a
+ *               text of more than 8 KiB is decoded, the block may be large enough for @p length characters,
+ *               if there is memory for that; one that is less than half used is cut.
  * @return the number of bytes. Of characters that do not fill a group of four, two give one byte, three give
  *         two, and a single one is dropped.
  */
